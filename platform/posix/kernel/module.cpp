@@ -1,0 +1,132 @@
+#include "korutil/platform/module.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+
+#include "korutil/platform/last_error.h"
+#include "platform/posix/kernel/loaded_modules.h"
+#include "platform/posix/kernel/module_search.h"
+#include "platform/posix/kernel/native_name.h"
+#include "platform/posix/kernel/with_memory.h"
+
+namespace {
+
+using ModulePointer = std::shared_ptr<kor::Module>;
+
+ModulePointer failed(DWORD error) {
+    SetLastError(error);
+    return nullptr;
+}
+
+// A loaded module by its name or path.
+ModulePointer loadedModule(const char* name) {
+    if (!kor::hasFolder(name)) return kor::moduleByKey(kor::moduleKey(name));
+    const auto path = kor::findLibrary(name);
+    return path ? kor::moduleByPath(*path) : nullptr;
+}
+
+ModulePointer load(const char* name, bool asData) {
+    if (!name || !*name) return failed(ERROR_MOD_NOT_FOUND);
+    if (!kor::hasFolder(name)) {
+        if (const auto known = kor::moduleByKey(kor::moduleKey(name));
+            known && kor::addReference(known, false)) {
+            return known;
+        }
+    }
+    const auto path = kor::findLibrary(name);
+    return path ? kor::loadModule(*path, asData) : failed(ERROR_MOD_NOT_FOUND);
+}
+
+std::atomic<UINT> errorMode{0};
+
+}  // namespace
+
+HMODULE WINAPI LoadLibraryA(LPCSTR name) { return kor::handleOf(load(name, false)); }
+
+HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
+    return kor::withMemory(nullptr, [&]() -> HMODULE {
+        if (reserved) return kor::handleOf(failed(ERROR_INVALID_PARAMETER));
+        return kor::handleOf(
+            load(name, (flags & (LOAD_LIBRARY_AS_DATAFILE | DONT_RESOLVE_DLL_REFERENCES)) != 0));
+    });
+}
+
+BOOL WINAPI FreeLibrary(HMODULE module) {
+    return kor::withMemory(FALSE, [&]() -> BOOL {
+        if (module && kor::releaseReference(module)) return TRUE;
+        SetLastError(module ? ERROR_MOD_NOT_FOUND : ERROR_INVALID_HANDLE);
+        return FALSE;
+    });
+}
+
+HMODULE WINAPI GetModuleHandleA(LPCSTR name) {
+    return kor::withMemory(nullptr, [&]() -> HMODULE {
+        const auto module = name ? loadedModule(name) : kor::moduleOf(nullptr);
+        if (!module) SetLastError(ERROR_MOD_NOT_FOUND);
+        return kor::handleOf(module);
+    });
+}
+
+BOOL WINAPI GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
+    return kor::withMemory(FALSE, [&]() -> BOOL {
+        constexpr DWORD kKnown = GET_MODULE_HANDLE_EX_FLAG_PIN |
+                                 GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT |
+                                 GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
+        constexpr DWORD kExclusive =
+            GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+        if (!module || (flags & ~kKnown) || (flags & kExclusive) == kExclusive) {
+            if (module) *module = nullptr;
+            SetLastError(ERROR_INVALID_PARAMETER);
+            return FALSE;
+        }
+        const bool fromAddress = (flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) != 0;
+        auto found = fromAddress ? kor::objectAt(name) : name ? loadedModule(name) : kor::moduleOf(nullptr);
+        if (found && !(flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) &&
+            !kor::addReference(found, (flags & GET_MODULE_HANDLE_EX_FLAG_PIN) != 0)) {
+            found = nullptr;
+        }
+        *module = kor::handleOf(found);
+        if (!found) SetLastError(ERROR_MOD_NOT_FOUND);
+        return found ? TRUE : FALSE;
+    });
+}
+
+DWORD WINAPI GetModuleFileNameA(HMODULE module, LPSTR path, DWORD size) {
+    return kor::withMemory(0, [&]() -> DWORD {
+        const auto found = kor::moduleOf(module);
+        if (!found) {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return 0;
+        }
+        const auto text = kor::windowsPath(found->nativePath);
+        if (!text) return 0;
+        if (size == 0 || !path) {
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return 0;
+        }
+        const std::size_t length = std::min<std::size_t>(text->size(), size - 1);
+        std::memcpy(path, text->data(), length);
+        path[length] = '\0';
+        if (length == text->size()) return static_cast<DWORD>(length);
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return size;
+    });
+}
+
+FARPROC WINAPI GetProcAddress(HMODULE module, LPCSTR name) {
+    return kor::withMemory(nullptr, [&]() -> FARPROC {
+        const auto found = kor::moduleOf(module);
+        if (!found) {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return nullptr;
+        }
+        void* symbol = !IS_INTRESOURCE(name) && *name ? kor::symbolOf(*found, name) : nullptr;
+        if (!symbol) SetLastError(ERROR_PROC_NOT_FOUND);
+        return reinterpret_cast<FARPROC>(symbol);
+    });
+}
+
+UINT WINAPI SetErrorMode(UINT mode) { return errorMode.exchange(mode); }
+
+UINT WINAPI GetErrorMode() { return errorMode; }
