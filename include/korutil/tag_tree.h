@@ -1,0 +1,232 @@
+#pragma once
+/// Tag trees: small sets of parameters that describe themselves and go to a file and back.
+///
+/// A tree is built below a CRootTagTree with the Save functions, and read back with FindTag and the getters.
+/// Each node has a tag id, which the caller chooses, and a type word: kind bits, and either an element code
+/// or the caller's version (bits 0 to 26).
+///
+/// | type word             | made by                              | content |
+/// |-----------------------|--------------------------------------|--------------------------------------------|
+/// | 0x80000014            | SaveLong                             | signed 32-bit value | | 0x80000088 |
+/// SaveDouble                           | double                                     | | 0x80000108 |
+/// SavePoint                            | point, two 32-bit values                   | | 0x10000011 |
+/// SaveString                           | text with its terminating zero             | | 0x10000088 |
+/// SaveDblArray, SaveStaticDblArray     | doubles                                    | | 0x20000000 or
+/// version | SaveTemporaryBuffer, SaveStaticBuffer| bytes                                      | | 0x40000000
+/// or version | CreateSection, CRootTagTree          | children                                   |
+///
+/// The kind of a node is its type word with bits 0 to 26 cleared. Ids need not be unique; look-up by id finds
+/// the first child of that id and kind.
+///
+/// In a file a tree is the root's header record of 16 bytes (tag id, type word, two data words,
+/// little-endian) and the blocks below it; all positions in it are absolute in the file, in 32 bits.
+/// docs/format-tag-tree.md describes it byte by byte. Only sections store children: children of any other
+/// node are not written.
+///
+/// A node's children are deleted with it, and so is data that the tree has copied. Nodes that a tree makes
+/// share storage with their neighbours, in pieces of up to 1,024 nodes and, where they were read, 64 KB of
+/// data; a piece is released with the last node that uses it. So the nodes of one tree belong to one thread
+/// at a time, also after they were moved to different trees; otherwise different trees may be used by
+/// different threads.
+
+#include "korutil/tree.h"
+
+class CFile;
+class CRootTagTree;
+
+namespace kor {
+class TagData;
+class TagTreeReader;
+class TagTreeWriter;
+}  // namespace kor
+
+/// A node of a tag tree.
+class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
+    DECLARE_DYNAMIC(CTagTree)
+
+  public:
+    /// A node with id 0 and type 0, without data.
+    CTagTree();
+    ~CTagTree() override;
+    CTagTree(const CTagTree&) = delete;
+    CTagTree& operator=(const CTagTree&) = delete;
+
+    /// As CObject's; nodes that a tree makes lie in shared pieces of memory, which delete knows.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+    static void* operator new(std::size_t size, void* place) noexcept;
+    static void operator delete(void* node) noexcept;
+    static void operator delete(void* node, const std::nothrow_t& tag) noexcept;
+    static void operator delete(void* node, void* place) noexcept;
+
+    /// Adds a child as CKorSimpleTree::AddNewKnot does; given no node it makes a new CTagTree. Reading a tree
+    /// makes its nodes through this function wherever it is overridden; an override gives CTagTree nodes.
+    /// @throws CMemoryException
+    CKorSimpleTree* AddNewKnot(CKorSimpleTree* node = nullptr, CKorSimpleTree* before = nullptr) override;
+
+    /// The Save functions append one child and return it. None looks for an existing child with the same id.
+    /// Null data has size 0. They throw a CMemoryException when memory is short or a size does not fit into
+    /// 32 bits.
+    CTagTree* SaveLong(DWORD tag, LONG value);
+    CTagTree* SaveDouble(DWORD tag, double value);
+    CTagTree* SavePoint(DWORD tag, POINT point);
+
+    /// Copies a text. Its size includes the terminating zero, but an empty text (or null) has size 0 and no
+    /// data.
+    CTagTree* SaveString(DWORD tag, LPCSTR text);
+    /// The same; the second argument is ignored on purpose.
+    CTagTree* SaveString(DWORD tag, DWORD ignored, LPCSTR text);
+
+    /// Copies `count` doubles (none when negative).
+    CTagTree* SaveDblArray(DWORD tag, const double* values, int count);
+    /// The same without a copy: the values stay the caller's, alive and unchanged until the tree is written.
+    CTagTree* SaveStaticDblArray(DWORD tag, const double* values, int count);
+
+    /// Copies `size` bytes.
+    /// @param version  the caller's version, bits 0 to 26
+    CTagTree* SaveTemporaryBuffer(DWORD tag, DWORD version, const void* data, DWORD size);
+    /// The same without a copy: the bytes stay the caller's, alive and unchanged until the tree is written.
+    CTagTree* SaveStaticBuffer(DWORD tag, DWORD version, const void* data, DWORD size);
+
+    /// @return the new section, for further Save calls
+    CTagTree* CreateSection(DWORD tag, DWORD version);
+
+    DWORD GetTagID() const;
+    /// @return bits 0 to 26 of the type word
+    DWORD GetVersion() const;
+    /// @return the full type word of an immediate (bit 31) or an array (bit 28); the kind alone of everything
+    /// else
+    DWORD GetType() const;
+    /// @return the size of the data in bytes, without padding; 0 for sections and immediates
+    DWORD GetDataSize() const;
+
+    /// The value of an immediate. A node of another type throws a CKorException, an internal error 0xE0000004
+    /// with location 1030455 (GetLong), 1030445 (GetDouble) or 1030467 (GetPoint).
+    LONG GetLong() const;
+    double GetDouble() const;
+    POINT GetPoint() const;
+
+    /// Copies the first bytes of the data; data that was left in the file is read from the root's file, whose
+    /// position moves.
+    /// @param buffer   receives the bytes
+    /// @param maximum  size of the buffer (0 when negative)
+    /// @return the number of bytes copied
+    /// @throws CKorException  internal error 0xE0000004, location 1030411, for a section or an immediate
+    /// @throws CFileException of the file; endOfFile when the file has become too short; invalidFile when the
+    /// data is
+    ///                        in a file and none is attached
+    int CopyBuffer(void* buffer, int maximum) const;
+    /// Copies whole elements through CopyBuffer, and fails as it does.
+    /// @param maximum      number of elements that the buffer holds
+    /// @param elementSize  bytes per element; 0 copies nothing
+    /// @return the number of elements copied
+    int GetArray(void* buffer, int maximum, int elementSize) const;
+    /// GetArray for doubles.
+    int GetDblArray(double* values, int maximum) const;
+    /// @return the data as a text: up to its first zero byte, the last byte always counting as one; empty
+    /// when there
+    ///         are fewer than two bytes
+    CString GetString() const;
+
+    /// @param kind  type word with bits 0 to 26 cleared, for example 0x80000000 for an immediate
+    /// @return the first child in child order with that id and kind; null when there is none
+    CTagTree* FindTag(DWORD tag, DWORD kind) const;
+
+  private:
+    struct Header {
+        DWORD tag = 0;
+        DWORD type = 0;
+        DWORD word0 = 0;
+        DWORD word1 = 0;
+    };
+
+    CTagTree* addNode(const Header& header);
+    CTagTree* privSaveBuffer(DWORD tag, DWORD type, const void* data, std::size_t size);
+    CTagTree* privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size);
+    CFile* rootFile() const;
+    void dropData();
+    void addRow(int added);
+    CTagTree* newChild() const;
+    ULONGLONG CalcAllSize();
+
+    Header header_;
+    DWORD blockSize_ =
+        0;  // what a file holds for it besides the header: padded data, or a section's table and blocks
+    const void* data_ = nullptr;     // null with a size: the data is still in the file
+    kor::TagData* owned_ = nullptr;  // the tree's copy, shared with neighbours that were read with it
+
+    friend class CRootTagTree;
+    friend class kor::TagTreeReader;
+    friend class kor::TagTreeWriter;
+};
+
+/// The root of a tag tree, attached to a file or a profile. It owns neither.
+class KORUTIL_CLASS CRootTagTree : public CTagTree {
+    DECLARE_DYNAMIC(CRootTagTree)
+
+  public:
+    /// Tag id 0, version 0, detached, size limit 0.
+    CRootTagTree();
+    CRootTagTree(DWORD tag, DWORD version);
+    ~CRootTagTree() override;
+    CRootTagTree(const CRootTagTree&) = delete;
+    CRootTagTree& operator=(const CRootTagTree&) = delete;
+
+    /// Maps an entry to its key name in a profile; this version returns an empty string. Override both for
+    /// trees that are kept in profiles.
+    /// @param parentTag  tag id of the section (0 for the root itself)
+    /// @param type       full type word of an immediate, the kind of everything else
+    /// @param tag        tag id of the entry
+    virtual CString GetKeyStr(int parentTag, DWORD type, int tag);
+    /// Maps a key name back to the tag id; this version returns -1 (unknown).
+    virtual int GetKeyId(int parentTag, DWORD type, const CString& name);
+
+    /// Attaches a file for WriteTree and ReadTree.
+    /// @param file   must outlive the attachment
+    /// @param limit  data blocks of more bytes stay in the file when a tree is read; 16384 when negative
+    void AttachTo(CFile& file, int limit);
+    /// Remembers the path of a profile, which is used while no file is attached.
+    void AttachToProfile(LPCSTR path);
+    /// Forgets the file; the profile path stays.
+    void Detach();
+
+    /// Writes the tree at the file's current position and leaves the position behind it. Pad bytes are zero,
+    /// so that equal trees give equal bytes. Sizes and positions in the headers are set before anything is
+    /// written. Data that was left in the file is loaded first, which works only when that file has stayed
+    /// attached since. A tree of more than 1,000 levels is written, but ReadTree refuses it. Without a file
+    /// and without a profile path it does nothing.
+    /// @throws CFileException of the file, with the tree written in part; before anything is written: generic
+    /// with
+    ///         system error 223 (ERROR_FILE_TOO_LARGE) when the tree would end beyond 4 GB, invalidFile when
+    ///         data was left in another file, generic with system error 120 (ERROR_CALL_NOT_IMPLEMENTED) when
+    ///         only a profile path is set: the profile form is not part of this version
+    /// @throws CMemoryException
+    void WriteTree();
+
+    /// Reads a tree at the file's current position, where its header record stands; the position behind it is
+    /// not defined. The root takes on the tag id and type word found there; children are appended to those it
+    /// has. Nothing in the file is trusted. Without a file and without a profile path it does nothing.
+    /// @throws CFileException of the file; endOfFile when the file ends before the header or a child table or
+    /// data
+    ///         block lies outside the file; generic with system error 11 (ERROR_BAD_FORMAT) when a table
+    ///         contains itself, the tables and loaded data together need more bytes than the file has, or
+    ///         nodes are nested deeper than 1,000 levels below the root; generic with system error 120 as in
+    ///         WriteTree. After any exception the root has no children and its former tag id and type word
+    /// @throws CMemoryException
+    void ReadTree();
+
+  private:
+    void WriteToFile(DWORD position);
+    void ReadFromFile();
+    bool usesFile() const;
+
+    CFile* file_ = nullptr;
+    LONG limit_ = 0;
+    CString profile_;
+    bool left_ = false;  // data was left in the file that is attached
+    bool lost_ = false;  // data was left in a file that is attached no more
+
+    friend class CTagTree;
+    friend class kor::TagTreeReader;
+    friend class kor::TagTreeWriter;
+};

@@ -1,0 +1,67 @@
+#include "persist/tag_storage.h"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+#include "korutil/framework/memory_exception.h"
+
+namespace kor {
+namespace {
+
+constexpr std::size_t kOwnNodeOffset =
+    16;  // keeps a node, and what derives from it, aligned as malloc aligns
+
+TagRow*& rowOf(void* node) { return *(static_cast<TagRow**>(node) - 1); }
+
+// Distance of two nodes in a row: the node, and the pointer in front of the next.
+std::size_t strideOf(std::size_t nodeSize) { return nodeSize + sizeof(ULONGLONG); }
+
+}  // namespace
+
+TagData::User TagData::make(std::size_t size) {
+    if (size > std::numeric_limits<std::size_t>::max() - sizeof(TagData)) AfxThrowMemoryException();
+    void* block = std::malloc(sizeof(TagData) + size);
+    if (!block) AfxThrowMemoryException();
+    return User(new (block) TagData);
+}
+
+void TagData::endUse() {
+    if (--users_ == 0) std::free(this);
+}
+
+void* TagRow::makeNode(std::size_t nodeSize) noexcept {
+    auto* block = static_cast<std::byte*>(std::malloc(kOwnNodeOffset + nodeSize));
+    if (!block) return nullptr;
+    rowOf(block + kOwnNodeOffset) = nullptr;
+    return block + kOwnNodeOffset;
+}
+
+void TagRow::freeNode(void* node) noexcept {
+    if (!node) return;
+    TagRow* row = rowOf(node);
+    if (!row) {
+        std::free(static_cast<std::byte*>(node) - kOwnNodeOffset);
+    } else if (--row->living_ == 0) {
+        std::free(row);
+    }
+}
+
+TagRow* TagRow::make(std::size_t nodeSize, int capacity) {
+    static_assert(sizeof(TagRow) + sizeof(TagRow*) <= kOwnNodeOffset);
+    void* block = std::malloc(kOwnNodeOffset + strideOf(nodeSize) * static_cast<std::size_t>(capacity));
+    if (!block) AfxThrowMemoryException();
+    return new (block) TagRow(static_cast<WORD>(capacity));
+}
+
+TagRow* TagRow::of(void* node) { return rowOf(node); }
+
+void* TagRow::take(std::size_t nodeSize) {
+    void* node = reinterpret_cast<std::byte*>(this) + kOwnNodeOffset + strideOf(nodeSize) * used_;
+    rowOf(node) = this;
+    ++used_;
+    ++living_;
+    return node;
+}
+
+}  // namespace kor

@@ -1,0 +1,65 @@
+#pragma once
+// Where the nodes of tag trees and their data lie. Both come in pieces that several nodes share; a piece is
+// released with the last node that uses it. The counts are plain: nodes of one tree belong to one thread at a
+// time.
+
+#include <cstddef>
+#include <memory>
+
+#include "korutil/platform.h"
+
+namespace kor {
+
+/// A piece of data bytes; aligned for doubles.
+class TagData {
+  public:
+    struct EndUse {
+        void operator()(TagData* data) const { data->endUse(); }
+    };
+    using User = std::unique_ptr<TagData, EndUse>;
+
+    /// @throws CMemoryException when memory is short
+    static User make(std::size_t size);
+
+    BYTE* bytes() { return reinterpret_cast<BYTE*>(this + 1); }
+    /// One more use, which endUse ends.
+    TagData* use() {
+        ++users_;
+        return this;
+    }
+    void endUse();
+
+  private:
+    ULONGLONG users_ = 1;
+};
+
+/// Nodes lie behind a pointer to the row that they were made in, null for a node of its own.
+class TagRow {
+  public:
+    static constexpr int kLargest = 1024;  // such a row is below the size that malloc maps by itself
+
+    /// Room for a node of its own. @return null when memory is short
+    static void* makeNode(std::size_t nodeSize) noexcept;
+    static void freeNode(void* node) noexcept;
+
+    /// An empty row.
+    /// @throws CMemoryException when memory is short
+    static TagRow* make(std::size_t nodeSize, int capacity);
+    /// The row that a node lies in, null for none.
+    static TagRow* of(void* node);
+
+    bool isFull() const { return used_ == capacity_; }
+    int capacity() const { return capacity_; }
+    /// The next place; it must become a node, and end with freeNode. The row is freed with the last of its
+    /// nodes.
+    void* take(std::size_t nodeSize);
+
+  private:
+    explicit TagRow(WORD capacity) : capacity_(capacity) {}
+
+    DWORD living_ = 0;
+    WORD used_ = 0;
+    WORD capacity_;
+};
+
+}  // namespace kor

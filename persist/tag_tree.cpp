@@ -1,0 +1,194 @@
+// A node of a tag tree: its life, the Save functions, sizes before writing.
+
+#include "korutil/tag_tree.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <typeinfo>
+
+#include "korutil/framework/file_exception.h"
+#include "korutil/framework/memory_exception.h"
+#include "persist/children.h"
+#include "persist/tag_record.h"
+#include "persist/tag_storage.h"
+
+using namespace kor;
+
+namespace {
+
+constexpr int kFirstRow = 4;  // nodes that are saved one by one lie in rows from here
+constexpr int kLastRow = 32;  // up to here
+
+}  // namespace
+
+IMPLEMENT_DYNAMIC(CTagTree, CKorSimpleTree)
+
+CTagTree::CTagTree() = default;
+
+CTagTree::~CTagTree() { dropData(); }
+
+void* CTagTree::operator new(std::size_t size) {
+    void* node = TagRow::makeNode(size);
+    if (!node) AfxThrowMemoryException();
+    return node;
+}
+
+void* CTagTree::operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return TagRow::makeNode(size);
+}
+
+void* CTagTree::operator new(std::size_t, void* place) noexcept { return place; }
+
+void CTagTree::operator delete(void* node) noexcept { TagRow::freeNode(node); }
+
+void CTagTree::operator delete(void* node, const std::nothrow_t&) noexcept { TagRow::freeNode(node); }
+
+void CTagTree::operator delete(void*, void*) noexcept {}
+
+CKorSimpleTree* CTagTree::AddNewKnot(CKorSimpleTree* node, CKorSimpleTree* before) {
+    if (node) return CKorSimpleTree::AddNewKnot(node, before);
+    reserve(count() + 1);
+    return CKorSimpleTree::AddNewKnot(newChild(), before);
+}
+
+CTagTree* CTagTree::SaveLong(DWORD tag, LONG value) {
+    return addNode({tag, kTagLong, static_cast<DWORD>(value), 0});
+}
+
+CTagTree* CTagTree::SaveDouble(DWORD tag, double value) {
+    const auto bits = std::bit_cast<ULONGLONG>(value);
+    return addNode({tag, kTagDouble, static_cast<DWORD>(bits), static_cast<DWORD>(bits >> 32)});
+}
+
+CTagTree* CTagTree::SavePoint(DWORD tag, POINT point) {
+    return addNode({tag, kTagPoint, static_cast<DWORD>(point.x), static_cast<DWORD>(point.y)});
+}
+
+CTagTree* CTagTree::SaveString(DWORD tag, LPCSTR text) {
+    const std::size_t length = text ? std::strlen(text) : 0;
+    return privSaveBuffer(tag, kTagString, text, length ? length + 1 : 0);
+}
+
+// The middle argument is ignored: required.
+CTagTree* CTagTree::SaveString(DWORD tag, DWORD, LPCSTR text) { return SaveString(tag, text); }
+
+CTagTree* CTagTree::SaveDblArray(DWORD tag, const double* values, int count) {
+    const std::size_t elements = count > 0 ? static_cast<std::size_t>(count) : 0;
+    if (elements > kLargestTagData / sizeof(double)) AfxThrowMemoryException();
+    return privSaveBuffer(tag, kTagDoubleArray, values, elements * sizeof(double));
+}
+
+CTagTree* CTagTree::SaveStaticDblArray(DWORD tag, const double* values, int count) {
+    const std::size_t elements = count > 0 ? static_cast<std::size_t>(count) : 0;
+    if (elements > kLargestTagData / sizeof(double)) AfxThrowMemoryException();
+    return privSaveStatic(tag, kTagDoubleArray, values, elements * sizeof(double));
+}
+
+CTagTree* CTagTree::SaveTemporaryBuffer(DWORD tag, DWORD version, const void* data, DWORD size) {
+    return privSaveBuffer(tag, version | kTagMemory, data, size);
+}
+
+CTagTree* CTagTree::SaveStaticBuffer(DWORD tag, DWORD version, const void* data, DWORD size) {
+    return privSaveStatic(tag, version | kTagMemory, data, size);
+}
+
+CTagTree* CTagTree::CreateSection(DWORD tag, DWORD version) {
+    return addNode({tag, version | kTagSection, 0, 0});
+}
+
+CTagTree* CTagTree::addNode(const Header& header) {
+    auto* node = static_cast<CTagTree*>(AddNewKnot(nullptr, nullptr));
+    node->header_ = header;
+    return node;
+}
+
+CTagTree* CTagTree::privSaveBuffer(DWORD tag, DWORD type, const void* data, std::size_t size) {
+    if (size > kLargestTagData) AfxThrowMemoryException();
+    if (size == 0 || !data) return privSaveStatic(tag, type, nullptr, 0);
+    const TagData::User copy = TagData::make(size);
+    std::memcpy(copy->bytes(), data, size);
+    CTagTree* node = privSaveStatic(tag, type, copy->bytes(), size);
+    node->owned_ = copy->use();
+    return node;
+}
+
+CTagTree* CTagTree::privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size) {
+    if (size > kLargestTagData) AfxThrowMemoryException();
+    if (!data) size = 0;
+    CTagTree* node = addNode({tag, type, static_cast<DWORD>(size), 0});
+    node->data_ = data;
+    node->blockSize_ = paddedTagSize(static_cast<DWORD>(size));
+    return node;
+}
+
+void CTagTree::dropData() {
+    if (owned_) owned_->endUse();
+    owned_ = nullptr;
+    data_ = nullptr;
+    blockSize_ = 0;
+}
+
+// Appends nodes as AddNewKnot would make them one by one, in few pieces of memory.
+void CTagTree::addRow(int added) {
+    if (added > std::numeric_limits<int>::max() - count()) AfxThrowMemoryException();
+    reserve(count() + added);
+    while (added > 0) {
+        TagRow* row = TagRow::make(sizeof(CTagTree), std::min(added, TagRow::kLargest));
+        for (; !row->isFull(); --added)
+            append(new (row->take(sizeof(CTagTree))) CTagTree);
+    }
+}
+
+// A node for this section, beside the child made last where that lies in a row. A single child stays alone.
+CTagTree* CTagTree::newChild() const {
+    CKorSimpleTree* last = count() > 0 ? at(count() - 1) : nullptr;
+    if (!last || typeid(*last) != typeid(CTagTree)) return new CTagTree;
+    TagRow* row = TagRow::of(static_cast<CTagTree*>(last));
+    if (!row || row->isFull())
+        row = TagRow::make(sizeof(CTagTree),
+                           row ? std::clamp(2 * row->capacity(), kFirstRow, kLastRow) : kFirstRow);
+    return new (row->take(sizeof(CTagTree))) CTagTree;
+}
+
+// Sets the sizes of this node and of everything below it, and returns the bytes of its blocks. The sizes are
+// those of the file only while the result is below 4 GB. Data that is not in memory cannot be written:
+// invalidFile.
+ULONGLONG CTagTree::CalcAllSize() {
+    if (!isSectionTag(header_.type)) return 0;
+    ULONGLONG total = 0;
+    CTagTree* section = this;
+    int next = 0;
+    for (;;) {
+        if (next == 0) {
+            section->header_.word0 = section->blockSize_ =
+                static_cast<DWORD>(section->count()) * kTagRecordSize;
+            total += ULONGLONG{kTagRecordSize} * static_cast<ULONGLONG>(section->count());
+        }
+        CTagTree* inner = nullptr;
+        while (!inner && next < section->count()) {
+            auto* node = static_cast<CTagTree*>(section->at(next));
+            section->expect(next + kExpectAhead);
+            if (node->place_ != next)
+                node->place_ = next;  // memory that is not written need not be written back
+            ++next;
+            const DWORD type = node->header_.type;
+            if (isSectionTag(type)) inner = node;
+            if (!isDataTag(type) || node->header_.word0 == 0) continue;
+            if (!node->data_) AfxThrowFileException(CFileException::invalidFile);
+            section->blockSize_ += node->blockSize_;
+            total += node->blockSize_;
+        }
+        if (inner) {
+            section = inner;
+            next = 0;
+            continue;
+        }
+        if (section == this) return total;
+        auto* parent = static_cast<CTagTree*>(section->parent_);
+        parent->blockSize_ += section->blockSize_;
+        next = section->place_ + 1;
+        section = parent;
+    }
+}
