@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# The main job: stores the set-up of a measurement as a parameter tree, shows it, changes it, shows what changed.
+# Usage: measurement.sh KORUTIL [FILE]   (FILE: where the tree goes; default measurement.tag beside KORUTIL's folder)
+set -eu
+korutil=$1
+file=${2:-$(dirname "$(dirname "$korutil")")/measurement.tag}
+json=$(dirname "$0")/measurement.json
+before=$(mktemp)
+after=$(mktemp)
+trap 'rm -f "$before" "$after"' EXIT
+
+say() { printf '\n\033[1m$ korutil %s\033[0m\n' "$*"; }
+[ -t 1 ] || say() { printf '\n$ korutil %s\n' "$*"; }
+run() {
+  say "$@"
+  "$korutil" "$@"
+}
+
+echo "A measurement is set up in $json (examples/README.md explains the ids)."
+echo "Stored as a parameter tree, it is a file that every module of the application reads:"
+run tree from-json "$json" "$file"
+run tree show "$file"
+
+echo
+echo "What was stored gives back the JSON text, byte for byte:"
+say tree show "$file" --json "| cmp - $json"
+"$korutil" tree show "$file" --json | cmp - "$json"
+echo "no difference"
+
+echo
+echo "The green channel (section 400/2) needs a longer exposure, and the camera a lower temperature:"
+"$korutil" tree show "$file" >"$before"
+run tree set "$file" 400/2/4 double 180
+run tree set "$file" 100/8 long -40
+"$korutil" tree show "$file" >"$after"
+echo
+echo "What changed:"
+diff "$before" "$after" || [ $? -eq 1 ]
+
+cat <<END
+
+What you may try next:
+  $korutil tree set $file 4 string "a note with µ and ü"
+  $korutil tree delete $file 400/3
+  $korutil tree show $file --json
+  $korutil errors
+  $korutil --help
+END

@@ -1,0 +1,51 @@
+#pragma once
+// The words of a command line, taken apart: options begin with two dashes, "--" ends them, everything else is
+// an operand. A word with one dash is therefore always a value (-40, -Infinity).
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kor::command {
+
+struct Option {
+    std::string_view name;   ///< without the dashes
+    std::string_view value;  ///< what its value is called in the help; empty when it takes none
+    std::string_view help;
+};
+
+class Arguments {
+  public:
+    /// Takes the words after the command's name apart; an option's value stands in the next word or after
+    /// "=".
+    /// @throws UsageError for an unknown option, one given twice, a missing or a superfluous value
+    Arguments(std::span<const std::string_view> words, std::span<const Option> known);
+
+    bool has(std::string_view option) const { return valueOf(option) != nullptr; }
+
+    /// The option's value as a whole number, decimal or 0x and hexadecimal; nothing when it was not given.
+    /// @throws UsageError when it is no number from 0 to most
+    std::optional<std::uint64_t> number(std::string_view option, std::uint64_t most) const;
+
+    const std::vector<std::string>& operands() const { return operands_; }
+    const std::string& operand(std::size_t index) const { return operands_.at(index); }
+
+  private:
+    struct Given {
+        std::string_view name;
+        std::string value;
+    };
+
+    const std::string* valueOf(std::string_view option) const;
+
+    std::vector<Given> given_;
+    std::vector<std::string> operands_;
+};
+
+/// A whole number from 0 to most, decimal or 0x and hexadecimal; nothing when the text is anything else.
+std::optional<std::uint64_t> wholeNumber(std::string_view text, std::uint64_t most);
+
+}  // namespace kor::command

@@ -1,0 +1,56 @@
+#include "tools/korutil/output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/korutil/failure.h"
+
+namespace kor::command {
+namespace {
+
+constexpr std::size_t kPieceSize = 64 * 1024;
+
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+}  // namespace
+
+std::string systemReason(int errorNumber) { return std::strerror(errorNumber); }
+
+void Output::write(std::string_view text) {
+    pending_ += text;
+    if (pending_.size() >= kPieceSize) flush();
+}
+
+void Output::flush() {
+    std::string text;
+    text.swap(pending_);
+    if (!writeAll(STDOUT_FILENO, text)) throw Failure("standard output", systemReason(errno));
+}
+
+std::string oneLine(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string line;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x20 && byte != 0x7F) {
+            line += c;
+        } else {
+            line += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+        }
+    }
+    return line;
+}
+
+void reportLine(std::string_view text) { writeAll(STDERR_FILENO, "korutil: " + oneLine(text) + '\n'); }
+
+}  // namespace kor::command
