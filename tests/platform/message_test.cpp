@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/win32.h"
+
+namespace {
+
+constexpr DWORD kSeed = 0xDEAD;
+
+std::string formatted(DWORD flags, const char* source, DWORD_PTR* arguments = nullptr) {
+    char buffer[400] = "";
+    SetLastError(kSeed);
+    const DWORD length =
+        FormatMessageA(flags | FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY, source, 0, 0,
+                       buffer, sizeof buffer, reinterpret_cast<va_list*>(arguments));
+    return {buffer, length};
+}
+
+DWORD formatList(char* buffer, DWORD size, const char* source, ...) {
+    va_list list;
+    va_start(list, source);
+    const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_STRING, source, 0, 0, buffer, size, &list);
+    va_end(list);
+    return length;
+}
+
+}  // namespace
+
+TEST(FormatMessage, PutsArgumentsInAnyOrderAndForm) {
+    DWORD_PTR arguments[] = {reinterpret_cast<DWORD_PTR>("one"), 42, static_cast<DWORD_PTR>(-7), 0xBEEF};
+    struct {
+        const char* source;
+        const char* text;
+    } const cases[] = {
+        {"%1", "one"},
+        {"%2!d! after %1 after %2!u!", "42 after one after 42"},
+        {"%3!d!, %3!hd!, %3!li!", "-7, -7, -7"},
+        {"%4!x! %4!08lX! %4!#x!", "beef 0000BEEF 0xbeef"},
+        {"[%1!8s!] [%1!-6s!] [%1!.2s!]", "[     one] [one   ] [on]"},
+        {"%2!c!%2!5d!%2!-4d!.", "*   4242  ."},
+        {"100%% %. %! %x", "100% . ! x"},
+        {"end%0 of it", "end"},
+        {"no inserts", "no inserts"},
+        {"a\nb\r\nc%nd", "a\r\nb\r\nc\r\nd"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(formatted(0, each.source, arguments), each.text) << each.source;
+}
+
+TEST(FormatMessage, TakesAnArgumentListInOrder) {
+    char buffer[100];
+    EXPECT_GT(formatList(buffer, sizeof buffer, "%3!d!-%1!s!-%2", "first", "second", 3), 0u);
+    EXPECT_STREQ(buffer, "3-first-second");
+}
+
+TEST(FormatMessage, LeavesInsertsAloneOnRequest) {
+    EXPECT_EQ(formatted(FORMAT_MESSAGE_IGNORE_INSERTS, "a %1 b %2!d!"), "a %1 b %2!d!");
+}
+
+TEST(FormatMessage, BreaksLinesAtTheWidth) {
+    EXPECT_EQ(formatted(10, "The quick brown fox jumps over the lazy dog"),
+              "The quick\r\nbrown fox\r\njumps\r\nover the\r\nlazy dog");
+    EXPECT_EQ(formatted(10, "abcdefghijklmnopqrstuvwxyz abc"), "abcdefghij\r\nklmnopqrst\r\nuvwxyz\r\nabc");
+    EXPECT_EQ(formatted(FORMAT_MESSAGE_MAX_WIDTH_MASK, "a\nb\r\nc%nd"), "a b c\r\nd")
+        << "only the explicit one stays";
+}
+
+TEST(FormatMessage, FailsWithAReason) {
+    char buffer[8] = "#######";
+    const auto fails = [&](DWORD flags, LPCVOID source, DWORD id) {
+        SetLastError(kSeed);
+        EXPECT_EQ(FormatMessageA(flags, source, id, 0, buffer, sizeof buffer, nullptr), 0u);
+        return GetLastError();
+    };
+    EXPECT_EQ(fails(0, "text", 0), DWORD{ERROR_INVALID_PARAMETER}) << "no source";
+    EXPECT_EQ(fails(FORMAT_MESSAGE_FROM_STRING, "%1", 0), DWORD{ERROR_INVALID_PARAMETER}) << "no arguments";
+    EXPECT_EQ(fails(FORMAT_MESSAGE_FROM_STRING, "text%", 0), DWORD{ERROR_INVALID_PARAMETER})
+        << "an escape without end";
+    EXPECT_EQ(fails(FORMAT_MESSAGE_FROM_STRING, "12345678", 0), DWORD{ERROR_INSUFFICIENT_BUFFER})
+        << "no room for the terminator";
+    EXPECT_EQ(fails(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 0x12345678), 317u) << "no such message";
+    EXPECT_EQ(FormatMessageA(FORMAT_MESSAGE_FROM_STRING, "1234567", 0, 0, buffer, sizeof buffer, nullptr),
+              7u);
+    EXPECT_STREQ(buffer, "1234567");
+}
+
+TEST(FormatMessage, AllocatesItsBuffer) {
+    char* text = nullptr;
+    const DWORD length = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr,
+                                        ERROR_FILE_NOT_FOUND, 0, reinterpret_cast<LPSTR>(&text), 0, nullptr);
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(std::string(text).size(), length);
+    EXPECT_TRUE(std::string(text).ends_with("\r\n")) << text;
+    EXPECT_EQ(LocalFree(text), nullptr);
+    text = reinterpret_cast<char*>(&text);
+    EXPECT_EQ(FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 0x12345678,
+                             0, reinterpret_cast<LPSTR>(&text), 0, nullptr),
+              0u);
+    EXPECT_EQ(text, nullptr) << "nothing to free after a failure";
+}
+
+TEST(FormatMessage, HasATextForEveryCodeThatThePlatformSets) {
+    for (const DWORD code :
+         {1,    2,    3,    4,    5,    6,    8,    11,   12,   13,   14,   15,   16,   17,
+          18,   19,   21,   24,   25,   29,   30,   31,   32,   33,   38,   39,   50,   53,
+          55,   80,   82,   87,   109,  110,  111,  112,  120,  122,  123,  126,  127,  131,
+          132,  145,  157,  158,  160,  161,  167,  170,  183,  193,  203,  206,  234,  259,
+          267,  317,  487,  534,  998,  1001, 1004, 1005, 1006, 1113, 1114, 1117, 1131, 1142,
+          1223, 1400, 1402, 1407, 1410, 1411, 1450, 1784, 1812, 1813, 1814, 1815, 1921}) {
+        char buffer[300] = "";
+        const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                            nullptr, code, 0, buffer, sizeof buffer, nullptr);
+        EXPECT_GT(length, 5u) << code;
+    }
+}

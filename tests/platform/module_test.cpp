@@ -1,0 +1,246 @@
+#include "korutil/platform/module.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <vector>
+
+#include "platform/win32.h"
+#include "tests/support/scratch.h"
+
+namespace {
+
+constexpr DWORD kSeed = 0xDEAD;
+constexpr const char* kModule = "KorTestModule.dll";
+
+using Answer = int(KORUTIL_CALL*)(int);
+
+class LoadedModule {
+  public:
+    explicit LoadedModule(const char* name) : handle_(LoadLibraryA(name)) {}
+    ~LoadedModule() {
+        if (handle_) FreeLibrary(handle_);
+    }
+    HMODULE handle() const { return handle_; }
+
+  private:
+    HMODULE handle_;
+};
+
+template <typename Function>
+DWORD errorOf(Function function) {
+    SetLastError(kSeed);
+    function();
+    return GetLastError();
+}
+
+std::string pathOf(HMODULE module) {
+    char path[MAX_PATH];
+    return {path, GetModuleFileNameA(module, path, MAX_PATH)};
+}
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+}  // namespace
+
+TEST(Module, StaysLoadedUntilTheLastReferenceIsGivenBack) {
+    ASSERT_EQ(GetModuleHandleA(kModule), nullptr) << "loaded before the test";
+    const HMODULE first = LoadLibraryA(kModule);
+    ASSERT_NE(first, nullptr) << GetLastError();
+    EXPECT_EQ(LoadLibraryA("kortestmodule"), first) << "case and a missing extension do not matter";
+    EXPECT_EQ(LoadLibraryA(pathOf(first).c_str()), first) << pathOf(first);
+    EXPECT_EQ(GetModuleHandleA("KORTESTMODULE.DLL"), first);
+    EXPECT_EQ(GetModuleHandleA("KorTestModule"), first);
+    EXPECT_EQ(GetModuleHandleA(pathOf(first).c_str()), first);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(GetModuleHandleA(kModule), first) << "after " << i << " of 3 references";
+        EXPECT_TRUE(FreeLibrary(first));
+    }
+    EXPECT_EQ(errorOf([] { EXPECT_EQ(GetModuleHandleA(kModule), nullptr); }), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_EQ(errorOf([&] { EXPECT_FALSE(FreeLibrary(first)); }), DWORD{ERROR_MOD_NOT_FOUND});
+}
+
+TEST(Module, FindsItsOwnExportsOnly) {
+    const LoadedModule module(kModule);
+    const auto answer =
+        reinterpret_cast<Answer>(reinterpret_cast<void*>(GetProcAddress(module.handle(), "korTestAnswer")));
+    ASSERT_NE(answer, nullptr);
+    EXPECT_EQ(answer(41), 42);
+    for (const LPCSTR name : {LPCSTR{"korTestQuestion"}, LPCSTR{"kortestanswer"}, LPCSTR{""},
+                              LPCSTR{"GetLastError"}, LPCSTR{MAKEINTRESOURCEA(77)}}) {
+        EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetProcAddress(module.handle(), name), nullptr); }),
+                  DWORD{ERROR_PROC_NOT_FOUND})
+            << (IS_INTRESOURCE(name) ? "an ordinal" : name);
+    }
+}
+
+TEST(Module, IsFoundByAnAddressInsideIt) {
+    HMODULE module = LoadLibraryA(kModule);
+    const auto address = reinterpret_cast<LPCSTR>(GetProcAddress(module, "korTestAnswer"));
+    HMODULE found = nullptr;
+    constexpr DWORD kByAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS;
+    ASSERT_TRUE(
+        GetModuleHandleExA(kByAddress | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, address, &found));
+    EXPECT_EQ(found, module);
+    ASSERT_TRUE(GetModuleHandleExA(kByAddress, address, &found));
+    EXPECT_EQ(found, module);
+    EXPECT_TRUE(FreeLibrary(module)) << "the reference of LoadLibraryA";
+    EXPECT_EQ(GetModuleHandleA(kModule), module) << "the look-up without UNCHANGED_REFCOUNT counted one";
+    EXPECT_TRUE(FreeLibrary(module));
+    EXPECT_EQ(GetModuleHandleA(kModule), nullptr);
+
+    const auto here = reinterpret_cast<LPCSTR>(&pathOf);
+    ASSERT_TRUE(GetModuleHandleExA(kByAddress | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, here, &found));
+    EXPECT_EQ(found, GetModuleHandleA(nullptr)) << "this program";
+}
+
+TEST(Module, RefusesLookUpsThatCannotBe) {
+    struct {
+        const char* reason;
+        DWORD flags;
+        LPCSTR name;
+        DWORD error;
+    } const cases[] = {
+        {"no module holds the address", GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCSTR>(8),
+         ERROR_MOD_NOT_FOUND},
+        {"not loaded", 0, "KorNoSuchModule", ERROR_MOD_NOT_FOUND},
+        {"pinned and not counted", 3, nullptr, ERROR_INVALID_PARAMETER},
+        {"unknown flag", 0x80, nullptr, ERROR_INVALID_PARAMETER},
+    };
+    for (const auto& each : cases) {
+        HMODULE module = GetModuleHandleA(nullptr);
+        EXPECT_EQ(errorOf([&] { EXPECT_FALSE(GetModuleHandleExA(each.flags, each.name, &module)); }),
+                  each.error)
+            << each.reason;
+        EXPECT_EQ(module, nullptr) << each.reason;
+    }
+}
+
+TEST(Module, OfTheSystemIsFoundByName) {
+    for (const char* name : {"kernel32", "KERNEL32.DLL", "user32", "advapi32.dll", "ole32"}) {
+        const HMODULE module = LoadLibraryA(name);
+        ASSERT_NE(module, nullptr) << name;
+        EXPECT_EQ(GetModuleHandleA(name), module);
+        EXPECT_TRUE(FreeLibrary(module));
+    }
+    EXPECT_NE(GetModuleHandleA("kernel32"), nullptr) << "the process was linked with it";
+    EXPECT_NE(GetProcAddress(GetModuleHandleA("kernel32"), "GetLastError"), nullptr);
+    EXPECT_NE(GetProcAddress(GetModuleHandleA("user32"), "MessageBoxA"), nullptr);
+}
+
+TEST(Module, TellsItsPathCutToTheBuffer) {
+    const LoadedModule module(kModule);
+    const std::string path = pathOf(module.handle());
+    EXPECT_EQ(path[1], ':') << path;
+    EXPECT_NE(lowerCase(path).find("kortestmodule"), std::string::npos) << path;
+    const auto length = static_cast<DWORD>(path.size());
+    std::vector<char> buffer(path.size() + 8, '#');
+    EXPECT_EQ(GetModuleFileNameA(module.handle(), buffer.data(), length + 1), length);
+    EXPECT_EQ(std::string(buffer.data()), path);
+    EXPECT_EQ(buffer[path.size() + 1], '#');
+    for (const DWORD size : {length, DWORD{5}, DWORD{1}}) {
+        std::fill(buffer.begin(), buffer.end(), '#');
+        EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetModuleFileNameA(module.handle(), buffer.data(), size), size); }),
+                  DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(std::string(buffer.data(), size - 1), path.substr(0, size - 1));
+        EXPECT_EQ(buffer[size], '#') << "written behind a buffer of " << size;
+    }
+    EXPECT_NE(lowerCase(pathOf(nullptr)).find("platform_tests"), std::string::npos) << pathOf(nullptr);
+    char one = '#';
+    EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetModuleFileNameA(reinterpret_cast<HMODULE>(&one), &one, 1), 0u); }),
+              DWORD{ERROR_MOD_NOT_FOUND});
+}
+
+TEST(Module, IsRefusedWhenTheFileIsNoLibrary) {
+    const kor::test::ScratchFolder scratch;
+    struct {
+        std::string name;
+        DWORD flags;
+        DWORD error;
+    } const cases[] = {
+        {scratch.path("missing.dll"), 0, ERROR_MOD_NOT_FOUND},
+        {scratch.path("nofolder\\x.dll"), 0, ERROR_MOD_NOT_FOUND},
+        {"KorNoSuchModule", 0, ERROR_MOD_NOT_FOUND},
+        {"", 0, ERROR_MOD_NOT_FOUND},
+        {scratch.file("text.dll", "This is a text, not a library."), 0, ERROR_BAD_EXE_FORMAT},
+        {scratch.file("text2.dll", "This is a text, not a library."), LOAD_LIBRARY_AS_DATAFILE,
+         ERROR_BAD_EXE_FORMAT},
+        {scratch.file("empty.dll"), 0, ERROR_BAD_EXE_FORMAT},
+        {scratch.file("magic.dll", "MZ"), 0, ERROR_BAD_EXE_FORMAT},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(
+            errorOf([&] { EXPECT_EQ(LoadLibraryExA(each.name.c_str(), nullptr, each.flags), nullptr); }),
+            each.error)
+            << each.name;
+    }
+}
+
+TEST(Module, IsLookedForInTheCurrentFolder) {
+    const kor::test::ScratchFolder scratch;
+    const LoadedModule library("KorTestL.dll");
+    ASSERT_TRUE(CopyFileA(pathOf(library.handle()).c_str(), scratch.path("KorCopyL.dll").c_str(), TRUE));
+    EXPECT_EQ(LoadLibraryA("KorCopyL"), nullptr);
+    char folder[MAX_PATH];
+    ASSERT_NE(GetCurrentDirectoryA(MAX_PATH, folder), 0u);
+    ASSERT_TRUE(SetCurrentDirectoryA(scratch.path().c_str()));
+    const HMODULE copy = LoadLibraryA("KorCopyL");
+    EXPECT_TRUE(SetCurrentDirectoryA(folder));
+    ASSERT_NE(copy, nullptr);
+    EXPECT_NE(copy, library.handle());
+    EXPECT_TRUE(FreeLibrary(copy));
+}
+
+TEST(SearchPath, LooksInEachFolderInOrder) {
+    const kor::test::ScratchFolder scratch;
+    const std::string a = scratch.folder("a"), b = scratch.folder("b"),
+                      list = a + ";" + scratch.path("none") + ";" + b;
+    scratch.file("a\\both.txt");
+    scratch.file("b\\both.txt");
+    scratch.file("b\\only.txt");
+    scratch.file("b\\plain");
+    struct {
+        const char* file;
+        const char* extension;
+        std::string found;  // empty: not there
+    } const cases[] = {
+        {"both.txt", nullptr, a + "\\both.txt"},
+        {"only", ".txt", b + "\\only.txt"},
+        {"only.txt", ".dat", b + "\\only.txt"},
+        {"plain", nullptr, b + "\\plain"},
+        {"plain", ".txt", ""},
+        {"missing.txt", nullptr, ""},
+    };
+    for (const auto& each : cases) {
+        char buffer[MAX_PATH] = "#";
+        char* part = nullptr;
+        SetLastError(kSeed);
+        const DWORD length = SearchPathA(list.c_str(), each.file, each.extension, MAX_PATH, buffer, &part);
+        ASSERT_EQ(length, each.found.size()) << each.file;
+        if (length == 0) {
+            EXPECT_EQ(GetLastError(), DWORD{ERROR_FILE_NOT_FOUND}) << each.file;
+            continue;
+        }
+        EXPECT_EQ(std::string(buffer), each.found);
+        EXPECT_EQ(std::string(part), each.found.substr(each.found.rfind('\\') + 1));
+        EXPECT_EQ(SearchPathA(list.c_str(), each.file, each.extension, length, buffer, &part), length + 1)
+            << "one short";
+    }
+    char buffer[MAX_PATH];
+    const std::string whole = b + "\\only.txt";
+    EXPECT_EQ(SearchPathA(a.c_str(), whole.c_str(), nullptr, MAX_PATH, buffer, nullptr), whole.size())
+        << "absolute";
+    EXPECT_NE(SearchPathA(nullptr, "KorTestL", ".dll", MAX_PATH, buffer, nullptr), 0u)
+        << "beside the program";
+}
+
+TEST(ErrorMode, IsKept) {
+    const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+    EXPECT_EQ(SetErrorMode(before), UINT{SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX});
+}

@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include "platform/win32.h"
+
+namespace {
+
+constexpr DWORD kSeed = 0xDEAD;
+
+LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    return DefWindowProcA(window, message, wParam, lParam);
+}
+
+WNDCLASSA classNamed(const char* name, HINSTANCE module) {
+    WNDCLASSA record{};
+    record.lpfnWndProc = procedure;
+    record.lpszClassName = name;
+    record.hInstance = module;
+    record.cbWndExtra = 8;
+    record.hCursor = LoadCursorA(nullptr, IDC_ARROW);
+    record.hbrBackground = static_cast<HBRUSH>(GetStockObject(NULL_BRUSH));
+    return record;
+}
+
+}  // namespace
+
+TEST(WindowClass, IsRegisteredOncePerModule) {
+    const HINSTANCE host = GetModuleHandleA(nullptr), other = GetModuleHandleA("kernel32");
+    const WNDCLASSA record = classNamed("KorTestClass", host), foreign = classNamed("KorTestClass", other);
+    const ATOM atom = RegisterClassA(&record);
+    ASSERT_GE(atom, 0xC000);
+    const WNDCLASSA again = classNamed("KORTESTCLASS", host);
+    SetLastError(kSeed);
+    EXPECT_EQ(RegisterClassA(&again), 0) << "case does not matter";
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_CLASS_ALREADY_EXISTS});
+    EXPECT_EQ(RegisterClassA(&foreign), atom) << "one name has one atom";
+    EXPECT_TRUE(UnregisterClassA("kortestclass", host));
+    WNDCLASSA found{};
+    EXPECT_FALSE(GetClassInfoA(host, "KorTestClass", &found)) << "only the other module's is left";
+    EXPECT_TRUE(GetClassInfoA(other, "KorTestClass", &found));
+    EXPECT_TRUE(UnregisterClassA("KorTestClass", other));
+    SetLastError(kSeed);
+    EXPECT_FALSE(UnregisterClassA("KorTestClass", other));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_CLASS_DOES_NOT_EXIST});
+}
+
+TEST(WindowClass, IsFoundByNameAndAtom) {
+    const HINSTANCE host = GetModuleHandleA(nullptr);
+    WNDCLASSA record = classNamed("KorTestFound", host);
+    record.lpszMenuName = "KorMenu";
+    const ATOM atom = RegisterClassA(&record);
+    ASSERT_NE(atom, 0);
+    for (const LPCSTR name : {LPCSTR{"kortestfound"}, LPCSTR{MAKEINTRESOURCEA(atom)}}) {
+        WNDCLASSA found{};
+        EXPECT_EQ(GetClassInfoA(host, name, &found), atom);
+        EXPECT_EQ(found.lpszClassName, name);
+        EXPECT_EQ(found.lpfnWndProc, procedure);
+        EXPECT_EQ(found.hInstance, host);
+        EXPECT_EQ(found.cbWndExtra, 8);
+        EXPECT_EQ(found.hCursor, record.hCursor);
+        EXPECT_EQ(found.hbrBackground, record.hbrBackground);
+        ASSERT_NE(found.lpszMenuName, nullptr);
+        EXPECT_STREQ(found.lpszMenuName, "KorMenu");
+    }
+    EXPECT_TRUE(UnregisterClassA(MAKEINTRESOURCEA(atom), host));
+    SetLastError(kSeed);
+    WNDCLASSA found{};
+    EXPECT_FALSE(GetClassInfoA(host, "KorTestFound", &found));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_CLASS_DOES_NOT_EXIST});
+}
+
+TEST(WindowClass, WithAGlobalStyleIsEveryModules) {
+    const HINSTANCE host = GetModuleHandleA(nullptr), other = GetModuleHandleA("kernel32");
+    WNDCLASSA record = classNamed("KorTestGlobal", other);
+    record.style = CS_GLOBALCLASS;
+    const ATOM atom = RegisterClassA(&record);
+    WNDCLASSA found{};
+    EXPECT_EQ(GetClassInfoA(host, "KorTestGlobal", &found), atom);
+    EXPECT_TRUE(UnregisterClassA("KorTestGlobal", other));
+}
+
+TEST(WindowClass, WithANegativeSizeIsRefused) {
+    WNDCLASSA record = classNamed("KorTestNegative", GetModuleHandleA(nullptr));
+    record.cbClsExtra = -1;
+    SetLastError(kSeed);
+    EXPECT_EQ(RegisterClassA(&record), 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
+}
+
+TEST(Window, ThatIsNoneIsRefused) {
+    SetLastError(kSeed);
+    EXPECT_FALSE(IsWindow(reinterpret_cast<HWND>(UINT_PTR{0x1234})));
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_WINDOW_HANDLE});
+    EXPECT_FALSE(IsWindow(nullptr));
+}
+
+TEST(Cursor, OfTheSystemIsShared) {
+    const HCURSOR arrow = LoadCursorA(nullptr, IDC_ARROW);
+    EXPECT_NE(arrow, nullptr);
+    EXPECT_EQ(LoadCursorA(nullptr, IDC_ARROW), arrow);
+    EXPECT_NE(LoadCursorA(nullptr, IDC_WAIT), arrow);
+    EXPECT_EQ(LoadCursorA(nullptr, MAKEINTRESOURCEA(106)), nullptr);
+}
+
+TEST(StockObject, ExistsForTheKnownIndexes) {
+    for (int index = -2; index < 20; ++index) {
+        const bool exists = index >= 0 && index != 9;
+        EXPECT_EQ(GetStockObject(index) != nullptr, exists) << index;
+    }
+    EXPECT_TRUE(DeleteObject(GetStockObject(NULL_BRUSH)));
+    EXPECT_NE(GetStockObject(NULL_BRUSH), nullptr) << "it is not really deleted";
+    EXPECT_FALSE(DeleteObject(nullptr));
+}

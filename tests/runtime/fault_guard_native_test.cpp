@@ -1,0 +1,138 @@
+// What only the native target translates, and its signals.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csetjmp>
+#include <csignal>
+#include <thread>
+
+#include "korutil/error.h"
+#include "korutil/fault_guard.h"
+#include "tests/runtime/fault_outcome.h"
+#include "tests/runtime/faulting_module.h"
+
+using kor::test::DiedFrom;
+using kor::test::faultingModule;
+
+namespace {
+
+int* volatile nowhere = nullptr;
+const char* volatile noText = nullptr;
+
+template <class Action>
+DWORD guarded(Action action) {
+    try {
+        const CKorWinToCException guard;
+        action();
+    } catch (CKorException* e) {
+        const DWORD code = e->GetErrorCode();
+        e->Delete();
+        return code;
+    }
+    return 0;
+}
+
+volatile sig_atomic_t seen = 0;
+void countSignal(int) { seen = seen + 1; }
+
+// Sets a signal's handler for a test's duration.
+class Handler {
+  public:
+    Handler(int signal, void (*function)(int)) : signal_(signal) {
+        struct sigaction action {};
+        action.sa_handler = function;
+        action.sa_flags = SA_ONSTACK;
+        sigaction(signal, &action, &former_);
+    }
+    Handler(const Handler&) = delete;
+    Handler& operator=(const Handler&) = delete;
+    ~Handler() { sigaction(signal_, &former_, nullptr); }
+    const struct sigaction& former() const { return former_; }
+
+  private:
+    int signal_;
+    struct sigaction former_ {};
+};
+
+sigjmp_buf afterFault;
+void leaveFault(int) { siglongjmp(afterFault, 1); }
+
+struct sigaction underneath {};
+void handOn(int signal, siginfo_t* info, void* context) { underneath.sa_sigaction(signal, info, context); }
+
+}  // namespace
+
+TEST(FaultGuardNative, AStackOverflowIsTranslatedOnEveryThread) {
+    for (const Faulting* code : {korFaulting(), faultingModule()}) {
+        EXPECT_EQ(guarded([&] { code->recurse(0); }), EXCEPTION_STACK_OVERFLOW);
+        DWORD onThread = 0;
+        std::thread([&] {
+            for (int round = 0; round < 2; ++round)
+                onThread = guarded([&] { code->recurse(0); });
+        }).join();
+        EXPECT_EQ(onThread, EXCEPTION_STACK_OVERFLOW);
+    }
+}
+
+TEST(FaultGuardNative, AFaultInsideAPlainLibraryIsTranslated) {
+    EXPECT_EQ(guarded([] { korFaulting()->measure(noText); }), EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(guarded([] { faultingModule()->measure(noText); }), EXCEPTION_ACCESS_VIOLATION);
+    const auto compare = [](const void*, const void*) { return korFaulting()->read(nowhere); };
+    EXPECT_EQ(guarded([&] { faultingModule()->compareAll(compare); }), EXCEPTION_ACCESS_VIOLATION);
+}
+
+TEST(FaultGuardNative, AFileThatShrankBelowItsMapIsAnInPageError) {
+    char name[] = "/tmp/korutil-fault-XXXXXX";
+    const int file = mkstemp(name);
+    ASSERT_GE(file, 0);
+    unlink(name);
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    ASSERT_EQ(ftruncate(file, static_cast<off_t>(page)), 0);
+    void* view = mmap(nullptr, page, PROT_READ, MAP_SHARED, file, 0);
+    ASSERT_NE(view, MAP_FAILED);
+    ASSERT_EQ(ftruncate(file, 0), 0);
+    EXPECT_EQ(guarded([&] { korFaulting()->read(static_cast<const int*>(view)); }), EXCEPTION_IN_PAGE_ERROR);
+    munmap(view, page);
+    close(file);
+}
+
+TEST(FaultGuardNative, ASignalThatWasSentGoesToTheFormerHandler) {
+    const Handler handler(SIGFPE, countSignal);
+    seen = 0;
+    EXPECT_EQ(guarded([] {
+                  kill(getpid(), SIGFPE);
+                  raise(SIGFPE);
+              }),
+              0u);
+    EXPECT_EQ(seen, 2);
+}
+
+TEST(FaultGuardNative, AnUnguardedFaultGoesToTheFormerHandlerWhichMayLeaveIt) {
+    const Handler handler(SIGSEGV, leaveFault);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(guarded([] { korFaulting()->read(nowhere); }), EXCEPTION_ACCESS_VIOLATION);
+        if (sigsetjmp(afterFault, 1) == 0) {
+            korFaulting()->read(nowhere);
+            ADD_FAILURE() << "no fault";
+        }
+    }
+}
+
+TEST(FaultGuardNativeDeathTest, AHandlerPutOverOursMayHandOnToIt) {
+    EXPECT_EXIT(
+        {
+            guarded([] { korFaulting()->read(nowhere); });
+            struct sigaction over {};
+            over.sa_sigaction = handOn;
+            over.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
+            sigaction(SIGSEGV, &over, &underneath);
+            if (guarded([] { korFaulting()->read(nowhere); }) == EXCEPTION_ACCESS_VIOLATION) {
+                korFaulting()->read(nowhere);
+            }
+        },
+        DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
+}

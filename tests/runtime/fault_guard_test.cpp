@@ -1,0 +1,222 @@
+#include "korutil/fault_guard.h"
+
+#include <gtest/gtest.h>
+#include <xmmintrin.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "korutil/error.h"
+#include "tests/runtime/fault_outcome.h"
+#include "tests/runtime/faulting_module.h"
+#include "tests/support/random.h"
+
+using kor::test::DiedFrom;
+using kor::test::faultingModule;
+
+namespace {
+
+constexpr DWORD kFaultLocation = 1001152;
+constexpr DWORD kOwnCode = 0xE0001234;
+constexpr unsigned kSseDivideTrap = 0x0200;
+constexpr unsigned short kX87DivideTrap = 0x0004;
+
+void trapSseDivision() { _mm_setcsr(_mm_getcsr() & ~kSseDivideTrap); }
+
+void trapX87Division() {
+    unsigned short control = 0;
+    asm volatile("fnstcw %0" : "=m"(control));
+    control = static_cast<unsigned short>(control & ~kX87DivideTrap);
+    asm volatile("fldcw %0" : : "m"(control));
+}
+
+using Fault = void (*)(const Faulting&);
+struct Case {
+    const char* name;
+    DWORD code;
+    Fault fault;
+};
+
+// The arguments are read through volatile objects, so that no compiler sees what they are.
+volatile int zero = 0;
+int* volatile nowhere = nullptr;
+void (*volatile noFunction)() = nullptr;
+void (*volatile badFunction)() = reinterpret_cast<void (*)()>(0x10);
+
+const Case kCases[] = {
+    {"integer division", EXCEPTION_INT_DIVIDE_BY_ZERO, [](const Faulting& f) { f.divide(5, zero); }},
+    {"null read", EXCEPTION_ACCESS_VIOLATION, [](const Faulting& f) { f.read(nowhere); }},
+    {"null write", EXCEPTION_ACCESS_VIOLATION, [](const Faulting& f) { f.write(nowhere); }},
+    {"null call", EXCEPTION_ACCESS_VIOLATION, [](const Faulting& f) { f.call(noFunction); }},
+    {"wild call", EXCEPTION_ACCESS_VIOLATION, [](const Faulting& f) { f.call(badFunction); }},
+    {"SSE division", kor::test::kSseDivisionCode,
+     [](const Faulting& f) {
+         trapSseDivision();
+         f.divideDouble(1.0, zero);
+     }},
+    {"x87 division", EXCEPTION_FLT_DIVIDE_BY_ZERO,
+     [](const Faulting& f) {
+         trapX87Division();
+         f.divideExtended(1.0L, zero);
+     }},
+};
+
+// What the catch clause of the host sees: code and location, {0, 0} when nothing was thrown.
+using Outcome = std::pair<DWORD, DWORD>;
+
+template <class Action>
+Outcome guarded(Action action) {
+    try {
+        const CKorWinToCException guard;
+        action();
+    } catch (CKorException* e) {
+        const Outcome outcome(e->GetErrorCode(), e->GetErrorLocation());
+        e->Delete();
+        return outcome;
+    }
+    return {0, 0};
+}
+
+void divideByZero() { korFaulting()->divide(1, zero); }
+void readNowhere() { korFaulting()->read(nowhere); }
+
+}  // namespace
+
+TEST(FaultGuard, EachFaultSurfacesWithItsCodeAsOftenAsItHappens) {
+    for (const Faulting* code : {korFaulting(), faultingModule()}) {
+        for (const Case& c : kCases) {
+            SCOPED_TRACE(std::string(c.name) + (code == korFaulting() ? ", own code" : ", foreign code"));
+            for (int round = 0; round < 3; ++round) {
+                appClearErrors();
+                EXPECT_EQ(guarded([&] { c.fault(*code); }), Outcome(c.code, kFaultLocation));
+                CKorError* last = appGetLastErrorObject();
+                ASSERT_NE(last, nullptr);
+                EXPECT_EQ(Outcome(last->GetErrorCode(), last->GetErrorLocation()),
+                          Outcome(c.code, kFaultLocation));
+            }
+        }
+    }
+    appClearErrors();
+}
+
+TEST(FaultGuard, TheErrorHasNoTextForTheUser) {
+    guarded(readNowhere);
+    char text[64] = "x";
+    UINT helpContext = 1;
+    EXPECT_FALSE(appGetLastErrorObject()->GetErrorMessage(text, sizeof text, &helpContext));
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(helpContext, 0u);
+    appClearErrors();
+}
+
+TEST(FaultGuard, FramesBetweenFaultAndCatchAreCleanedUp) {
+    struct Count {
+        int& destroyed;
+        ~Count() { ++destroyed; }
+    };
+    int destroyed = 0;
+    guarded([&] {
+        const Count outer{destroyed};
+        [&] {
+            const Count inner{destroyed};
+            readNowhere();
+        }();
+    });
+    EXPECT_EQ(destroyed, 2);
+}
+
+TEST(FaultGuard, TrapsAreMaskedAfterATranslatedOne) {
+    ASSERT_NE(guarded([] {
+                  trapSseDivision();
+                  trapX87Division();
+                  korFaulting()->divideDouble(1.0, zero);
+              }).first,
+              0u);
+    EXPECT_GT(korFaulting()->divideDouble(1.0, zero), 1e300);
+    EXPECT_GT(korFaulting()->divideExtended(1.0L, zero), 1e300L);
+}
+
+TEST(FaultGuard, AnInnerGuardLeavesTheOuterOneAtWork) {
+    Outcome inner;
+    const Outcome outer = guarded([&] {
+        inner = guarded(divideByZero);
+        readNowhere();
+    });
+    EXPECT_EQ(inner.first, EXCEPTION_INT_DIVIDE_BY_ZERO);
+    EXPECT_EQ(outer.first, EXCEPTION_ACCESS_VIOLATION);
+}
+
+TEST(FaultGuard, ThreadsTranslateTheirOwnFaults) {
+    const int rounds = kor::test::scaled(50);
+    std::vector<int> wrong(4);
+    std::vector<std::thread> threads;
+    // One thread at a time places its error: the ring is not guarded.
+    for (int& count : wrong) {
+        threads.emplace_back([&count, rounds] {
+            for (int i = 0; i < rounds; ++i)
+                count += guarded(readNowhere).first != EXCEPTION_ACCESS_VIOLATION;
+        });
+        threads.back().join();
+    }
+    EXPECT_EQ(wrong, std::vector<int>(4));
+}
+
+TEST(FaultGuard, AContinuableExceptionOfTheProgramKeepsItsCode) {
+    struct Count {
+        int& destroyed;
+        ~Count() { ++destroyed; }
+    };
+    int destroyed = 0;
+    for (int round = 1; round <= 3; ++round) {
+        const Outcome outcome = guarded([&] {
+            const Count local{destroyed};
+            const ULONG_PTR arguments[] = {1, 2};
+            RaiseException(kOwnCode, 0, 2, arguments);
+        });
+        EXPECT_EQ(outcome, Outcome(kOwnCode, kFaultLocation));
+        EXPECT_EQ(destroyed, round);
+    }
+}
+
+TEST(FaultGuardDeathTest, AFaultWithoutAGuardEndsTheProcess) {
+    EXPECT_EXIT(divideByZero(), DiedFrom(EXCEPTION_INT_DIVIDE_BY_ZERO), "");
+    EXPECT_EXIT(readNowhere(), DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
+}
+
+TEST(FaultGuardDeathTest, AFaultAfterTheGuardEndsTheProcess) {
+    EXPECT_EXIT(
+        {
+            guarded(divideByZero);
+            divideByZero();
+        },
+        DiedFrom(EXCEPTION_INT_DIVIDE_BY_ZERO), "");
+}
+
+TEST(FaultGuardDeathTest, AGuardOfAnotherThreadDoesNotHelp) {
+    EXPECT_EXIT(
+        {
+            const CKorWinToCException guard;
+            std::thread(readNowhere).join();
+        },
+        DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
+}
+
+TEST(FaultGuardDeathTest, AnExceptionThatCannotBeContinuedIsNotTranslated) {
+    EXPECT_EXIT(guarded([] { RaiseException(kOwnCode, EXCEPTION_NONCONTINUABLE, 0, nullptr); }),
+                DiedFrom(kOwnCode), "");
+}
+
+TEST(FaultGuardDeathTest, AnAssignedGuardRestoresWhatTheOtherKept) {
+    EXPECT_EXIT(
+        {
+            const CKorWinToCException outer;
+            {
+                CKorWinToCException inner;
+                inner = outer;  // which found no translator
+            }
+            readNowhere();
+        },
+        DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
+}

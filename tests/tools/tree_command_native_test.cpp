@@ -1,0 +1,371 @@
+// korutil tree show and from-json.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/support/random.h"
+#include "tests/tools/run_korutil.h"
+#include "tests/tools/tree_image.h"
+
+namespace {
+
+using kor::test::Call;
+using kor::test::imageOf;
+using kor::test::Node;
+using kor::test::Outcome;
+using kor::test::run;
+using kor::test::WorkFolder;
+
+constexpr char kEverything[] = R"({"id":4294967295,"type":"section","version":134217727,"children":[
+  {"id":0,"type":"long","value":-2147483648},
+  {"id":1,"type":"double","value":0.1},
+  {"id":1,"type":"double","value":-0},
+  {"id":1,"type":"double","value":1e+300},
+  {"id":2,"type":"double","value":"NaN"},
+  {"id":2,"type":"double","value":"-Infinity"},
+  {"id":2,"type":"double","value":"0xFFF8000000000001"},
+  {"id":3,"type":"point","value":[-5,2147483647]},
+  {"id":4,"type":"string","value":""},
+  {"id":4,"type":"string","value":"a\"\\\n\u0001µ€ü\u0081\u009D"},
+  {"id":5,"type":"doubles","value":[]},
+  {"id":5,"type":"doubles","value":[1,0.25,"Infinity"]},
+  {"id":6,"type":"memory","version":0,"value":""},
+  {"id":6,"type":"memory","version":134217727,"value":"00FF7A"},
+  {"id":7,"type":"section","version":0,"children":[]},
+  {"id":7,"type":"section","version":3,"children":[
+    {"id":1,"type":"section","version":0,"children":[
+      {"id":1,"type":"long","value":40}
+    ]}
+  ]},
+  {"id":8,"type":"other","word":"0x80000099","value":[4294967295,7]},
+  {"id":8,"type":"other","word":"0x10000011","value":"4142"},
+  {"id":8,"type":"other","word":"0x10000088","value":"0102030405"},
+  {"id":8,"type":"other","word":"0x60000002","children":[
+    {"id":1,"type":"other","word":"0xC0000000","value":[1,2]}
+  ]}
+]}
+)";
+
+TEST(TreeFromJson, CanonicalTextComesBackByteForByte) {
+    const WorkFolder folder;
+    folder.write("a.json", kEverything);
+    const Outcome stored = run(folder, {"tree", "from-json", "a.json", "a.tag"});
+    ASSERT_EQ(stored.status, 0) << stored.err;
+    EXPECT_EQ(stored.out + stored.err, "");
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).out, kEverything);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag"}));
+}
+
+TEST(TreeFromJson, WritesTheDocumentedBytes) {
+    const WorkFolder folder;
+    const std::string json = R"({"children":[{"value":"\u00fc","type":"string","id":2},
+        {"id":3,"type":"long","value":-2},{"id":4,"type":"memory","version":5,"value":"aAbB"}],"type":"section","id":1})";
+    const Outcome stored = run(folder, Call{.arguments = {"tree", "from-json", "-", "a.tag"}, .input = json});
+    ASSERT_EQ(stored.status, 0) << stored.err;
+    const Node root{.id = 1,
+                    .type = 0x40000000,
+                    .children = {{.id = 2, .type = 0x10000011, .data = std::string("\xFC\0", 2)},
+                                 {3, 0x80000014, 0xFFFFFFFE, 0},
+                                 {.id = 4, .type = 0x20000005, .data = "\xAA\xBB"}}};
+    EXPECT_EQ(folder.read("a.tag"), imageOf(root));
+}
+
+TEST(TreeFromJson, RefusesWhatATreeCannotHold) {
+    struct Case {
+        std::string node;
+        std::string reason;
+    };
+    const Case cases[] = {
+        {R"([])", "column 1: a node must be an object, not an array"},
+        {R"({"type":"long","value":1})", "column 1: the node has no \"id\""},
+        {R"({"id":1,"value":1})", "column 1: the node has no \"type\""},
+        {R"({"id":-1,"type":"long","value":1})", "column 7: \"id\" must lie between 0 and 4294967295"},
+        {R"({"id":1,"type":"int","value":1})",
+         "column 16: \"int\" is no type; there are long, double, point, string, "
+         "doubles, memory, section and other"},
+        {R"({"id":1,"type":"long"})", "column 1: the node has no \"value\""},
+        {R"({"id":1,"type":"long","value":2147483648})",
+         "column 31: a long must lie between -2147483648 and 2147483647"},
+        {R"({"id":1,"type":"long","value":1.0})", "column 31: a long must be a whole number"},
+        {R"({"id":1,"type":"long","version":1,"value":1})",
+         "column 33: \"version\" must lie between 0 and 0"},
+        {R"({"id":1,"type":"long","value":1,"x":2})", "column 37: a node of type long has no \"x\""},
+        {R"({"id":1,"type":"long","value":1,"children":[]})",
+         "column 44: a node of type long has no \"children\""},
+        {R"({"id":1,"type":"section","value":1})", "column 34: a node of type section has no \"value\""},
+        {R"({"id":1,"type":"section","version":134217728})",
+         "column 36: \"version\" must lie between 0 and 134217727"},
+        {R"({"id":1,"type":"double","value":1e999})",
+         "column 33: a double lies outside the range of doubles"},
+        {R"({"id":1,"type":"double","value":"nan"})",
+         "column 33: a double is a number, \"NaN\", \"Infinity\", "
+         "\"-Infinity\" or the bits of a NaN"},
+        {R"({"id":1,"type":"double","value":"0x3FF0000000000000"})",
+         "column 33: a double is a number, \"NaN\", \"Infinity\", \"-Infinity\" or the bits of a NaN"},
+        {R"({"id":1,"type":"point","value":[1]})",
+         "column 32: the value of a point is an array of two numbers"},
+        {R"({"id":1,"type":"string","value":"a\u0000b"})", "column 33: a string cannot hold a zero"},
+        {R"({"id":1,"type":"string","value":"日"})", "column 33: code page 1252 cannot express U+65E5 '日'"},
+        {R"({"id":1,"type":"string","value":"\u0080"})",
+         "column 33: code page 1252 cannot express U+0080 '\xC2\x80'"},
+        {R"({"id":1,"type":"memory","value":"ABC"})",
+         "column 33: bytes are written as a string of hexadecimal digit pairs"},
+        {R"({"id":1,"type":"other","value":[1,2]})", "column 1: the node has no \"word\""},
+        {R"({"id":1,"type":"other","word":"0x80000000","value":[1,-2]})",
+         "column 55: a data word must lie between 0 and 4294967295"},
+    };
+    const WorkFolder folder;
+    folder.write("a.tag", "what was there");
+    for (const Case& c : cases) {
+        folder.write("a.json", "{\"id\":1,\"type\":\"section\",\"children\":[\n" + c.node + "]}");
+        const Outcome outcome = run(folder, {"tree", "from-json", "a.json", "a.tag"});
+        EXPECT_EQ(outcome.status, 1) << c.node;
+        EXPECT_EQ(outcome.err, "korutil: a.json: line 2, " + c.reason + '\n') << c.node;
+    }
+    EXPECT_EQ(folder.read("a.tag"), "what was there");
+}
+
+TEST(TreeFromJson, TheOutermostNodeIsASection) {
+    const WorkFolder folder;
+    const Outcome outcome = run(folder, Call{.arguments = {"tree", "from-json", "-", "a"},
+                                             .input = R"({"id":1,"type":"long","value":1})"});
+    EXPECT_EQ(outcome.err,
+              "korutil: standard input: line 1, column 1: the outermost node must be a section\n");
+    EXPECT_EQ(outcome.status, 1);
+}
+
+TEST(TreeFromJson, StoresWhatCanBeReadAgainAndNothingDeeper) {
+    const auto nested = [](int levels) {
+        std::string text;
+        for (int i = 0; i < levels; ++i)
+            text += R"({"id":1,"type":"section","children":[)";
+        for (int i = 0; i < levels; ++i)
+            text += "]}";
+        return text;
+    };
+    const WorkFolder folder;
+    const auto store = [&](int levels) {
+        return run(folder, Call{.arguments = {"tree", "from-json", "-", "a.tag"}, .input = nested(levels)});
+    };
+    EXPECT_EQ(store(1001).status, 0) << "the root and a thousand levels below it";
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 0);
+    const Outcome refused = store(1002);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "korutil: a.tag: the tree is nested too deeply to be stored\n");
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 0) << "the file is still the old one";
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.tag"});
+}
+
+TEST(TreeJson, EscapesStandForBytesThatAMultiByteCodePageDoesNotDefine) {
+    struct Case {
+        const char* page;
+        const char* value;
+        std::string stored;  // empty: refused
+        const char* shown;
+    };
+    const Case cases[] = {
+        {"1252", R"(\u00e9é\u0081)", "\xE9\xE9\x81", R"(éé\u0081)"},
+        {"65001", R"(\u00e9é€)", "\xE9\xC3\xA9\xE2\x82\xAC", R"(\u00E9é€)"},
+        {"65001", R"(\u00c3\u00a9)", "",
+         "bytes written as escapes join to other characters in code page 65001"},
+        {"936", R"(\u00e9é)", "", "bytes written as escapes join to other characters in code page 936"},
+    };
+    const WorkFolder folder;
+    for (const Case& c : cases) {
+        const auto call = [&](std::vector<std::string> arguments) {
+            return run(folder, Call{.arguments = std::move(arguments),
+                                    .environment = {{"KORUTIL_CODEPAGE", c.page}}});
+        };
+        const std::string front =
+            "{\"id\":1,\"type\":\"section\",\"version\":0,\"children\":[\n  "
+            "{\"id\":2,\"type\":\"string\",\"value\":\"";
+        folder.write("a.json", front + c.value + "\"}\n]}\n");
+        const Outcome stored = call({"tree", "from-json", "a.json", "a.tag"});
+        EXPECT_EQ(stored.status, c.stored.empty() ? 1 : 0) << c.value;
+        if (c.stored.empty()) {
+            EXPECT_NE(stored.err.find(c.shown), std::string::npos) << stored.err;
+            continue;
+        }
+        EXPECT_EQ(folder.read("a.tag").substr(32, c.stored.size() + 1), c.stored + '\0');
+        EXPECT_EQ(call({"tree", "show", "a.tag", "--json"}).out, front + c.shown + "\"}\n]}\n");
+    }
+}
+
+TEST(TreeJson, EveryTreeThatAFileCanHoldComesBack) {
+    struct Page {
+        const char* number;
+        std::string strings;
+    };
+    std::string everyByte;
+    for (int i = 1; i < 256; ++i)
+        everyByte += static_cast<char>(i);
+    const Page pages[] = {{"1252", everyByte},
+                          {"65001", std::string("a\xC3\xA9\xE2\x82\xAC\xFF\x80") + "\n\""},
+                          {"932", everyByte},
+                          {"936", everyByte}};
+    const WorkFolder folder;
+    auto generator = kor::test::generator();
+    for (int i = 0; i < kor::test::scaled(60); ++i) {
+        const Page& page = pages[static_cast<std::size_t>(i) % std::size(pages)];
+        const std::string image = imageOf(kor::test::randomTree(generator, page.strings));
+        folder.write("a.tag", image);
+        const auto call = [&](std::vector<std::string> arguments) {
+            return run(folder, Call{.arguments = std::move(arguments),
+                                    .environment = {{"KORUTIL_CODEPAGE", page.number}}});
+        };
+        const Outcome shown = call({"tree", "show", "a.tag", "--json"});
+        ASSERT_EQ(shown.status, 0) << shown.err;
+        folder.write("a.json", shown.out);
+        const Outcome stored = call({"tree", "from-json", "a.json", "b.tag"});
+        ASSERT_EQ(stored.status, 0) << stored.err << shown.out;
+        ASSERT_EQ(folder.read("b.tag"), image) << "case " << i << ", code page " << page.number << '\n'
+                                               << shown.out;
+        EXPECT_EQ(call({"tree", "show", "a.tag"}).status, 0);
+        EXPECT_EQ(call({"tree", "show", "a.tag", "--all"}).status, 0);
+    }
+}
+
+TEST(TreeShow, AlignsEverythingThatATreeHolds) {
+    const WorkFolder folder;
+    folder.write("a.json", kEverything);
+    ASSERT_EQ(run(folder, {"tree", "from-json", "a.json", "a.tag"}).status, 0);
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).out,
+              R"(a.tag: parameter tree of 23 entries in 5 sections, 436 bytes
+
+id          type       version  bytes  value
+4294967295  section  134217727         20 entries
+  0         long                       -2147483648
+  1         double                     0.1
+  1         double                     -0
+  1         double                     1e+300
+  2         double                     NaN
+  2         double                     -Infinity
+  2         double                     0xFFF8000000000001
+  3         point                      (-5, 2147483647)
+  4         string                  0  ""
+  4         string                 11  "a\"\\\n\u0001µ€ü\u0081\u009D"
+  5         doubles                 0
+  5         doubles                24  1, 0.25, Infinity
+  6         memory           0      0
+  6         memory   134217727      3  00FF7A
+  7         section          0         0 entries
+  7         section          3         1 entry
+    1       section          0         1 entry
+      1     long                       40
+  8         other                      type word 0x80000099: 0xFFFFFFFF 0x00000007
+  8         string                  2  no proper text: 4142
+  8         doubles                 5  no whole doubles: 01020304 05
+  8         other                      type word 0x60000002: 1 entry
+    1       other                      type word 0xC0000000: 0x00000001 0x00000002
+)");
+}
+
+TEST(TreeShow, CutsLongValuesUnlessAskedForAll) {
+    const WorkFolder folder;
+    const Node root{.id = 1,
+                    .type = 0x40000000,
+                    .children = {{.id = 2, .type = 0x10000088, .data = std::string(80, '\0')},
+                                 {.id = 3, .type = 0x20000000, .data = std::string(25, 'A')}}};
+    folder.write("a.tag", imageOf(root));
+    const std::string cut = run(folder, {"tree", "show", "a.tag"}).out;
+    EXPECT_NE(cut.find("0, 0, 0, 0, 0, 0, 0, 0 ...\n"), std::string::npos) << cut;
+    EXPECT_NE(cut.find("41414141 41414141 41414141 41414141 41414141 41414141 ...\n"), std::string::npos)
+        << cut;
+    const std::string all = run(folder, {"tree", "show", "--all", "a.tag"}).out;
+    EXPECT_NE(all.find("80  0, 0, 0, 0, 0, 0, 0, 0, 0, 0\n"), std::string::npos) << all;
+    EXPECT_NE(all.find("41414141 41414141 41\n"), std::string::npos) << all;
+}
+
+TEST(TreeShow, FindsATreeInsideALargerFile) {
+    const WorkFolder folder;
+    Node root{.id = 7, .type = 0x40000001, .children = {{3, 0x80000014, 5, 0}}};
+    std::string image = imageOf(root);
+    image[12] = static_cast<char>(16 + 20);  // the position of the table, in a file with 20 bytes in front
+    folder.write("a.tag", std::string(20, 'x') + image + "behind");
+    for (const char* offset : {"20", "0x14"}) {
+        const Outcome outcome = run(folder, {"tree", "show", "a.tag", "--offset", offset});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_TRUE(outcome.out.starts_with(
+            "a.tag: parameter tree of 1 entry in 1 section, 32 bytes at offset 20; 6 more bytes follow\n"))
+            << outcome.out;
+    }
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 1);
+}
+
+TEST(TreeShow, ChangesNothingAndNeedsNoRightToWrite) {
+    const WorkFolder folder;
+    folder.write("a.tag", imageOf({.id = 1, .type = 0x40000000, .children = {{3, 0x80000014, 5, 0}}}));
+    const std::string path = folder.path("a.tag");
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    const timespec times[2] = {{1'000'000'000, 5}, {1'000'000'000, 7}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    struct stat before {};
+    ASSERT_EQ(::stat(path.c_str(), &before), 0);
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 0);
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).status, 0);
+    struct stat after {};
+    ASSERT_EQ(::stat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
+    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    EXPECT_EQ(after.st_ctim.tv_sec, before.st_ctim.tv_sec);
+    EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.tag"});
+}
+
+// Whatever stands in a file, the command ends, shows it or says in one line why not, and never grows without
+// bound.
+TEST(TreeShow, SurvivesBrokenFiles) {
+    const WorkFolder folder;
+    auto generator = kor::test::generator();
+    const auto below = [&](std::size_t bound) {
+        return std::uniform_int_distribution<std::size_t>(0, bound - 1)(generator);
+    };
+    for (int i = 0; i < kor::test::scaled(120); ++i) {
+        std::string image = imageOf(kor::test::randomTree(generator, "abc\x81"));
+        if (i % 3 == 0) {
+            image.resize(below(image.size()));
+        } else {
+            for (std::size_t flips = 1 + below(4); flips > 0; --flips) {
+                image[below(image.size())] = static_cast<char>(i % 2 ? below(256) : 16 * below(16));
+            }
+        }
+        folder.write("a.tag", image);
+        const std::vector<std::string> call = {"tree", "show", "a.tag", i % 2 ? "--json" : "--all"};
+        const Outcome outcome = run(folder, call);
+        const bool refused = outcome.status == 1 && outcome.err.starts_with("korutil: a.tag: ") &&
+                             outcome.err.find('\n') == outcome.err.size() - 1;
+        EXPECT_TRUE(refused || (outcome.status == 0 && outcome.err.empty()))
+            << "case " << i << ", status " << outcome.status << ": " << outcome.err;
+        EXPECT_LE(outcome.out.size(), 1000 + 200 * image.size()) << "case " << i;
+    }
+}
+
+TEST(TreeShow, ReadsABlockWithoutPaddingAtTheEnd) {
+    const WorkFolder folder;
+    std::string image =
+        imageOf({.id = 1, .type = 0x40000000, .children = {{.id = 2, .type = 0x20000000, .data = "ABCDE"}}});
+    image.resize(image.size() - 3);
+    folder.write("a.tag", image);
+    const Outcome outcome = run(folder, {"tree", "show", "a.tag"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("41424344 45\n"), std::string::npos) << outcome.out;
+    EXPECT_EQ(run(folder, {"tree", "set", "a.tag", "2", "memory", "00"}).status, 1)
+        << "another writer's file";
+    EXPECT_EQ(folder.read("a.tag"), image);
+}
+
+TEST(TreeShow, RefusesBlocksThatLieOnEachOther) {
+    const WorkFolder folder;
+    std::string image = imageOf({.id = 1,
+                                 .type = 0x40000000,
+                                 .children = {{.id = 2, .type = 0x20000000, .data = std::string(64, 'A')},
+                                              {.id = 3, .type = 0x20000000, .data = std::string(64, 'B')}}});
+    image.replace(16 + 16 + 12, 4, image, 16 + 12, 4);
+    image.resize(image.size() - 64);
+    folder.write("a.tag", image);
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).err,
+              "korutil: a.tag: it is no parameter tree, or is damaged\n");
+}
+
+}  // namespace

@@ -1,0 +1,249 @@
+// korutil tree set and delete: what is changed, and that the file is the old or the new one, whatever
+// happens.
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/support/random.h"
+#include "tests/tools/run_korutil.h"
+#include "tests/tools/tree_image.h"
+
+namespace {
+
+using kor::test::Call;
+using kor::test::imageOf;
+using kor::test::Node;
+using kor::test::Outcome;
+using kor::test::run;
+using kor::test::WorkFolder;
+
+constexpr char kTree[] = R"({"id":1,"type":"section","version":0,"children":[
+  {"id":10,"type":"long","value":5},
+  {"id":10,"type":"double","value":0.5},
+  {"id":20,"type":"section","version":1,"children":[
+    {"id":3,"type":"memory","version":9,"value":"AABB"},
+    {"id":3,"type":"memory","version":8,"value":"CC"},
+    {"id":4,"type":"string","value":"old"}
+  ]},
+  {"id":20,"type":"section","version":2,"children":[]},
+  {"id":30,"type":"other","word":"0x80000099","value":[1,2]}
+]}
+)";
+
+class TreeEdit : public testing::Test {
+  protected:
+    TreeEdit() {
+        folder.write("a.json", kTree);
+        EXPECT_EQ(run(folder, {"tree", "from-json", "a.json", "a.tag"}).status, 0);
+        image = folder.read("a.tag");
+    }
+
+    std::string json() const { return run(folder, {"tree", "show", "a.tag", "--json"}).out; }
+
+    Outcome set(std::vector<std::string> words) const {
+        words.insert(words.begin(), {"tree", "set", "a.tag"});
+        return run(folder, words);
+    }
+
+    static std::string changed(const std::string& from, const std::string& to) {
+        std::string text = kTree;
+        return text.replace(text.find(from), from.size(), to);
+    }
+
+    WorkFolder folder;
+    std::string image;
+};
+
+TEST_F(TreeEdit, AChangedEntryKeepsItsPlace) {
+    struct Case {
+        std::vector<std::string> words;
+        std::string from;
+        std::string to;
+    };
+    const Case cases[] = {
+        {{"10", "long", "-40"}, R"("long","value":5})", R"("long","value":-40})"},
+        {{"0xA", "double", "-1e-3"}, R"("value":0.5})", R"("value":-0.001})"},
+        {{"10", "double", "-Infinity"}, R"("value":0.5})", R"("value":"-Infinity"})"},
+        {{"20/4", "string", "Öl µ"}, R"("old")", R"("Öl µ")"},
+        {{"20/4", "string", ""}, R"("old")", R"("")"},
+        {{"20/4", "string", "-40"}, R"("old")", R"("-40")"},
+        {{"20/4", "string", "--", "--json"}, R"("old")", R"("--json")"},
+        {{"20/3", "memory", "00 ff"}, R"("value":"AABB")", R"("value":"00FF")"},
+        {{"10:long", "long", "6"}, R"("long","value":5})", R"("long","value":6})"},
+        {{"10:long", "point", "3, -4"}, R"("long","value":5})", R"("point","value":[3,-4]})"},
+        {{"30:other", "doubles", "1,NaN,-2.5"},
+         R"("other","word":"0x80000099","value":[1,2])",
+         R"("doubles","value":[1,"NaN",-2.5])"},
+    };
+    for (const Case& c : cases) {
+        folder.write("a.tag", image);
+        const Outcome outcome = set(c.words);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(outcome.out + outcome.err, "");
+        EXPECT_EQ(json(), changed(c.from, c.to)) << c.words[0];
+    }
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag"}));
+}
+
+TEST_F(TreeEdit, AMissingEntryIsAddedAtTheEndOfItsSection) {
+    ASSERT_EQ(set({"20/7", "doubles", ""}).status, 0);
+    EXPECT_EQ(json(), changed("\"old\"}\n", "\"old\"},\n    {\"id\":7,\"type\":\"doubles\",\"value\":[]}\n"));
+}
+
+TEST_F(TreeEdit, DeletesOneEntryOrASectionWithAllBelow) {
+    const auto remove = [&](const char* path) { return run(folder, {"tree", "delete", "a.tag", path}); };
+    ASSERT_EQ(remove("20/3:memory").status, 0) << "the first of two";
+    EXPECT_EQ(json(), changed("    {\"id\":3,\"type\":\"memory\",\"version\":9,\"value\":\"AABB\"},\n", ""));
+    ASSERT_EQ(remove("10:double").status, 0);
+    ASSERT_EQ(remove("20:section").status, 0);
+    ASSERT_EQ(remove("20").status, 0);
+    ASSERT_EQ(remove("30").status, 0);
+    ASSERT_EQ(remove("10").status, 0);
+    EXPECT_EQ(json(), "{\"id\":1,\"type\":\"section\",\"version\":0,\"children\":[]}\n");
+}
+
+TEST_F(TreeEdit, RefusalsNameTheFileAndLeaveIt) {
+    struct Case {
+        std::vector<std::string> words;
+        std::string reason;
+    };
+    const Case cases[] = {
+        {{"set", "a.tag", "21/1", "long", "5"}, "there is no section 21"},
+        {{"set", "a.tag", "20/3/1", "long", "5"}, "there is no section 20/3"},
+        {{"set", "a.tag", "10:string", "long", "5"}, "there is no entry 10:string"},
+        {{"set", "a.tag", "20:section", "long", "5"}, "20:section is a section, which holds no value"},
+        {{"delete", "a.tag", "11"}, "there is no entry 11"},
+        {{"delete", "a.tag", "10:string"}, "there is no entry 10:string"},
+        {{"delete", "a.tag", "10"}, "several entries are called 10; name one by its type, 10:TYPE"},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> words = c.words;
+        words.insert(words.begin(), "tree");
+        const Outcome outcome = run(folder, words);
+        EXPECT_EQ(outcome.status, 1) << c.reason;
+        EXPECT_EQ(outcome.err, "korutil: a.tag: " + c.reason + '\n');
+    }
+    EXPECT_EQ(set({"20/4", "string", "日"}).err,
+              "korutil: VALUE: code page 1252 cannot express U+65E5 '日'\n");
+    EXPECT_EQ(folder.read("a.tag"), image);
+}
+
+TEST_F(TreeEdit, AFileThatHoldsMoreThanTheTreeIsRefused) {
+    folder.write("a.tag", image + 'x');
+    const Outcome behind = set({"10", "long", "6"});
+    EXPECT_EQ(behind.status, 1);
+    const std::string size = std::to_string(image.size());
+    EXPECT_EQ(behind.err, "korutil: a.tag: it cannot be changed: of its " + std::to_string(image.size() + 1) +
+                              " bytes the parameter tree takes " + size + '\n');
+    EXPECT_EQ(folder.read("a.tag"), image + 'x');
+    folder.write("a.tag", 'x' + image);
+    EXPECT_EQ(set({"10", "long", "6"}).status, 1);
+    EXPECT_EQ(folder.read("a.tag"), 'x' + image);
+}
+
+TEST_F(TreeEdit, KeepsModeOwnerAndSymbolicLink) {
+    const std::string path = folder.path("a.tag");
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot) {
+        ASSERT_EQ(::chown(path.c_str(), 12345, 23456), 0);
+    }
+    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+    std::filesystem::create_directory(folder.path("links"));
+    std::filesystem::create_symlink("../a.tag", folder.path("links/b"));
+    ASSERT_EQ(run(folder, {"tree", "set", "links/b", "10", "long", "6"}).status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path("links/b")));
+    struct stat after {};
+    ASSERT_EQ(::lstat(path.c_str(), &after), 0);
+    EXPECT_EQ(after.st_mode, S_IFREG | 0640u);
+    if (isRoot) {
+        EXPECT_EQ(after.st_uid, 12345u);
+        EXPECT_EQ(after.st_gid, 23456u);
+    }
+    EXPECT_EQ(json(), changed(R"("long","value":5})", R"("long","value":6})"));
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag", "links"}));
+}
+
+TEST_F(TreeEdit, ANewFileGetsTheUsualMode) {
+    const mode_t mask = ::umask(027);
+    const Outcome outcome = run(folder, {"tree", "from-json", "a.json", "new.tag"});
+    ::umask(mask);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    struct stat after {};
+    ASSERT_EQ(::stat(folder.path("new.tag").c_str(), &after), 0);
+    EXPECT_EQ(after.st_mode & 07777, 0640u);
+}
+
+TEST_F(TreeEdit, AReadOnlyFileAndADanglingLinkAreRefused) {
+    ASSERT_EQ(::chmod(folder.path("a.tag").c_str(), 0444), 0);
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"tree", "set", "a.tag", "10", "long", "6"},
+          {"tree", "from-json", "a.json", "a.tag"}}) {
+        const Outcome outcome = run(folder, words);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "korutil: a.tag: it is read-only\n");
+    }
+    EXPECT_EQ(folder.read("a.tag"), image);
+    std::filesystem::create_symlink("nowhere", folder.path("link"));
+    EXPECT_EQ(run(folder, {"tree", "from-json", "a.json", "link"}).err,
+              "korutil: link: it is a symbolic link to a missing file\n");
+}
+
+TEST_F(TreeEdit, WithoutTheRightToWriteNothingIsTouched) {
+    if (::geteuid() != 0) GTEST_SKIP() << "another user's file can only be made by root";
+    std::filesystem::permissions(folder.path("."), std::filesystem::perms(0755));
+    const Outcome outcome =
+        run(folder, Call{.arguments = {"tree", "set", "a.tag", "10", "long", "6"}, .user = 65534});
+    if (outcome.status == 127) GTEST_SKIP() << "the command lies where another user may not go";
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "korutil: a.tag: Permission denied\n");
+    EXPECT_EQ(folder.read("a.tag"), image);
+}
+
+TEST_F(TreeEdit, AFailedWriteLeavesTheOldFileAndNothingElse) {
+    const std::string large(2 * 40'000, 'A');
+    const Outcome outcome = run(folder, Call{.arguments = {"tree", "set", "a.tag", "20/3", "memory", large},
+                                             .fileSizeLimit = 10'000});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(outcome.err.starts_with("korutil: a.tag: ")) << outcome.err;
+    EXPECT_EQ(folder.read("a.tag"), image);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag"}));
+    EXPECT_EQ(set({"20/3", "memory", large}).status, 0) << "without the limit it can be written";
+}
+
+// Whenever the process dies, the file is the old one or the new one; told to end, it leaves nothing else
+// behind.
+TEST_F(TreeEdit, ADyingProcessLeavesTheOldFileOrTheNewOne) {
+    const std::string large(2 * 50'000, 'A');
+    ASSERT_EQ(set({"20/3", "memory", large}).status, 0);
+    const std::string after = folder.read("a.tag");
+    auto generator = kor::test::generator();
+    std::uniform_int_distribution<unsigned> delay(0, 20'000);
+    for (int i = 0; i < kor::test::scaled(60); ++i) {
+        const bool isTold = i % 2 == 0;
+        folder.write("a.tag", image);
+        run(folder, Call{.arguments = {"tree", "set", "a.tag", "20/3", "memory", large},
+                         .signal = isTold ? SIGTERM : SIGKILL,
+                         .delay = delay(generator)});
+        const std::string now = folder.read("a.tag");
+        EXPECT_TRUE(now == image || now == after) << "case " << i << ": " << now.size() << " bytes";
+        for (const std::string& name : folder.names()) {
+            if (name == "a.json" || name == "a.tag") continue;
+            EXPECT_FALSE(isTold) << name;
+            std::filesystem::remove(folder.path(name));
+        }
+    }
+}
+
+// One replacement is a rename: a reader that opened the old file keeps it whole.
+TEST_F(TreeEdit, TheFileIsReplacedAndNotOverwritten) {
+    std::filesystem::create_hard_link(folder.path("a.tag"), folder.path("former.tag"));
+    ASSERT_EQ(set({"10", "long", "6"}).status, 0);
+    EXPECT_EQ(folder.read("former.tag"), image);
+    EXPECT_NE(folder.read("a.tag"), image);
+}
+
+}  // namespace
