@@ -26,7 +26,7 @@ std::size_t indexOf(HANDLE handle) {
 HandleTable& HandleTable::instance() {
     // Never destroyed: other objects' destructors may close handles later. Files that go with their last
     // handle must still go with the process.
-    static HandleTable& table = [] -> HandleTable& {
+    static HandleTable& table = []() -> HandleTable& {
         std::atexit(closeAll);
         return *new (tableStorage) HandleTable;
     }();
