@@ -10,8 +10,9 @@ mkdir -p "$work"
 cmake --install "$build" --prefix "$work/first" >"$work/install.log"
 mv "$work/first" "$work/moved"
 options=(-G Ninja -DCMAKE_PREFIX_PATH="$work/moved" -DCMAKE_BUILD_TYPE=Release)
+# A cross build looks for packages below the target's own root only, unless it is told the folder.
 [ -z "$emulator" ] || options+=(-DCMAKE_TOOLCHAIN_FILE="$source/../../cmake/i686-w64-mingw32.cmake"
-                                -DCMAKE_FIND_ROOT_PATH="$work/moved;/usr/i686-w64-mingw32")
+                                -DKorUtil_DIR="$work/moved/lib/cmake/KorUtil")
 cmake -S "$source/client" -B "$work/client" "${options[@]}" >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
 cmake --build "$work/client" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
 if [ -n "$emulator" ]; then
