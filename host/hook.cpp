@@ -1,6 +1,7 @@
 // The embedded host's hook chains.
 
 #include <new>
+#include <utility>
 
 #include "host/maker_function.h"
 #include "korutil/host.h"
@@ -10,8 +11,8 @@ namespace {
 
 constexpr char kLibrary[] = "Wrx";
 
-// Chains are never freed, so that a handler may end the chain that it is called through; there are only as
-// many as there are hooks.
+// A chain is kept until the library is unloaded, so that a handler may end the chain that it is called through;
+// there are only as many as there are hooks.
 struct HookChain {
     UINT id;
     bool live;
@@ -20,10 +21,18 @@ struct HookChain {
     HookChain* next;
 };
 
-HookChain* chains = nullptr;
+struct HookChains {
+    ~HookChains() {
+        while (first)
+            delete std::exchange(first, first->next);
+    }
+
+    HookChain* first = nullptr;
+};
+HookChains chains;
 
 HookChain* findChain(UINT id) {
-    HookChain* chain = chains;
+    HookChain* chain = chains.first;
     while (chain && chain->id != id)
         chain = chain->next;
     return chain;
@@ -35,7 +44,7 @@ HookChain* findLiveChain(UINT id) {
 }
 
 bool isLinked(const MenuHook* hook) {
-    for (const HookChain* chain = chains; chain; chain = chain->next) {
+    for (const HookChain* chain = chains.first; chain; chain = chain->next) {
         if (!chain->live) continue;
         for (const MenuHook* each = chain->first; each; each = each->next) {
             if (each == hook) return true;
@@ -59,10 +68,10 @@ int KORUTIL_CALL menuInitHook(UINT id, MenuHookHandler defaultHandler) {
         if (maker) return maker(id, defaultHandler);
     }
     if (!chain) {
-        chain = new (std::nothrow) HookChain{id, false, nullptr, {nullptr, nullptr}, chains};
+        chain = new (std::nothrow) HookChain{id, false, nullptr, {nullptr, nullptr}, chains.first};
         if (!chain) return 0;
         chain->first = &chain->last;
-        chains = chain;
+        chains.first = chain;
     }
     chain->live = true;
     chain->last.handler = defaultHandler;

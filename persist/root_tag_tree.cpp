@@ -6,6 +6,7 @@
 #include "persist/tag_record.h"
 #include "persist/tag_tree_reader.h"
 #include "persist/tag_tree_writer.h"
+#include "persist/tag_weight.h"
 
 using namespace kor;
 
@@ -24,6 +25,7 @@ CRootTagTree::CRootTagTree() : CRootTagTree(0, 0) {}
 CRootTagTree::CRootTagTree(DWORD tag, DWORD version) {
     header_.tag = tag;
     header_.type = version | kTagSection;
+    weigh();
 }
 
 CRootTagTree::~CRootTagTree() { Detach(); }
@@ -49,6 +51,7 @@ void CRootTagTree::Detach() {
 void CRootTagTree::WriteTree() {
     if (!isSectionTag(header_.type)) dropData();
     header_.type |= kTagSection;
+    weigh();
     if (!usesFile()) return;
     const ULONGLONG start = file_->GetPosition();
     if (left_ && !lost_) {
@@ -72,6 +75,7 @@ void CRootTagTree::ReadTree() {
             root->DeleteChildren();
             root->dropData();
             root->header_ = {former.tag, former.type, 0, 0};
+            root->weigh();
             root->left_ = root->lost_ = false;
         }
     } undo{this, header_};

@@ -9,6 +9,7 @@
 #include "korutil/framework/ptr_array.h"
 #include "korutil/tree.h"
 #include "persist/children.h"
+#include "persist/tag_storage.h"
 
 namespace {
 
@@ -99,6 +100,12 @@ CKorSimpleTree* CKorSimpleTree::AddNewKnot(CKorSimpleTree* node, CKorSimpleTree*
 
 void CKorSimpleTree::DeleteChildren() {
     if (count() == 0) return;
+    if (children_->asRead) {
+        kor::TagRow::freeAll({children_->order(), static_cast<std::size_t>(count())});
+        children_->count = children_->open = 0;
+        children_->bytes = 0;
+        return;
+    }
     if (!hasAncestors(kRecursionLevels)) {
         while (count() > 0) {
             expect(count() - 1 - kor::kExpectAhead);
@@ -146,6 +153,7 @@ int CKorSimpleTree::GetRank(const CKorSimpleTree* node) const {
 void CKorSimpleTree::SwapChildren(int first, int second) {
     if (first == second || !(*this)[first] || !(*this)[second]) return;
     separateRanks();
+    children_->asRead = false;
     CKorSimpleTree** order = children_->order();
     std::swap(order[first], order[second]);
     order[first]->place_ = first;
@@ -188,7 +196,10 @@ void CKorSimpleTree::reserve(int count) {
     if (children_ && children_->ranks)
         children_->ranks = static_cast<CKorSimpleTree**>(resized(children_->ranks, bytesOf(capacity)));
     void* block = resized(children_, sizeof(Children) + bytesOf(capacity));
-    if (!children_) new (block) Children{nullptr, 0, 0};
+    if (!children_) {
+        new (block) Children;
+        if (parent_) parent_->children_->asRead = false;
+    }
     children_ = static_cast<Children*>(block);
     children_->capacity = capacity;
 }
@@ -203,6 +214,8 @@ void CKorSimpleTree::separateRanks() {
 void CKorSimpleTree::forget(CKorSimpleTree* node) {
     if (children_->ranks) eraseAt(children_->ranks, GetRank(node), count());
     if (at(count() - 1) != node) eraseAt(children_->order(), placeOf(node), count());
+    children_->asRead = false;
+    children_->subtract(node->weight_);
     node->parent_ = nullptr;
     node->place_ = -1;
     --children_->count;

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kOwnNodeOffset =
     16;  // keeps a node, and what derives from it, aligned as malloc aligns
+constexpr std::size_t kRowNodeOffset = sizeof(TagRow) + sizeof(ULONGLONG);
 
 TagRow*& rowOf(void* node) { return *(static_cast<TagRow**>(node) - 1); }
 
@@ -43,13 +44,25 @@ void TagRow::freeNode(void* node) noexcept {
     if (!row) {
         std::free(static_cast<std::byte*>(node) - kOwnNodeOffset);
     } else if (--row->living_ == 0) {
-        std::free(row);
+        row->free();
+    }
+}
+
+void TagRow::free() {
+    this->~TagRow();
+    std::free(this);
+}
+
+void TagRow::freeAll(std::span<CKorSimpleTree* const> nodes) {
+    while (!nodes.empty()) {
+        TagRow* row = rowOf(nodes.front());
+        nodes = nodes.subspan(row->capacity_);
+        row->free();
     }
 }
 
 TagRow* TagRow::make(std::size_t nodeSize, int capacity) {
-    static_assert(sizeof(TagRow) + sizeof(TagRow*) <= kOwnNodeOffset);
-    void* block = std::malloc(kOwnNodeOffset + strideOf(nodeSize) * static_cast<std::size_t>(capacity));
+    void* block = std::malloc(kRowNodeOffset + strideOf(nodeSize) * static_cast<std::size_t>(capacity));
     if (!block) AfxThrowMemoryException();
     return new (block) TagRow(static_cast<WORD>(capacity));
 }
@@ -57,7 +70,7 @@ TagRow* TagRow::make(std::size_t nodeSize, int capacity) {
 TagRow* TagRow::of(void* node) { return rowOf(node); }
 
 void* TagRow::take(std::size_t nodeSize) {
-    void* node = reinterpret_cast<std::byte*>(this) + kOwnNodeOffset + strideOf(nodeSize) * used_;
+    void* node = reinterpret_cast<std::byte*>(this) + kRowNodeOffset + strideOf(nodeSize) * used_;
     rowOf(node) = this;
     ++used_;
     ++living_;

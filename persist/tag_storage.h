@@ -5,8 +5,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 
 #include "korutil/platform.h"
+
+class CKorSimpleTree;
 
 namespace kor {
 
@@ -50,13 +53,23 @@ class TagRow {
 
     bool isFull() const { return used_ == capacity_; }
     int capacity() const { return capacity_; }
-    /// The next place; it must become a node, and end with freeNode. The row is freed with the last of its
-    /// nodes.
+    /// The next place; it must become a node, and end with freeNode or freeAll. The row is freed with the last
+    /// of its nodes.
     void* take(std::size_t nodeSize);
+
+    bool holdsData() const { return data_ != nullptr; }
+    /// Keeps a piece of data as long as the row; one at most.
+    void hold(TagData::User data) { data_ = std::move(data); }
+
+    /// Frees full rows with everything in them, without looking at the nodes.
+    /// @param nodes  all nodes of these rows, each row's in the order in which they were taken
+    static void freeAll(std::span<CKorSimpleTree* const> nodes);
 
   private:
     explicit TagRow(WORD capacity) : capacity_(capacity) {}
+    void free();
 
+    TagData::User data_;
     DWORD living_ = 0;
     WORD used_ = 0;
     WORD capacity_;

@@ -13,6 +13,7 @@
 #include "persist/children.h"
 #include "persist/tag_record.h"
 #include "persist/tag_storage.h"
+#include "persist/tag_weight.h"
 
 using namespace kor;
 
@@ -98,9 +99,11 @@ CTagTree* CTagTree::CreateSection(DWORD tag, DWORD version) {
     return addNode({tag, version | kTagSection, 0, 0});
 }
 
-CTagTree* CTagTree::addNode(const Header& header) {
+CTagTree* CTagTree::addNode(const Header& header, const void* data) {
     auto* node = static_cast<CTagTree*>(AddNewKnot(nullptr, nullptr));
     node->header_ = header;
+    node->data_ = data;
+    node->weigh();
     return node;
 }
 
@@ -117,17 +120,13 @@ CTagTree* CTagTree::privSaveBuffer(DWORD tag, DWORD type, const void* data, std:
 CTagTree* CTagTree::privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size) {
     if (size > kLargestTagData) AfxThrowMemoryException();
     if (!data) size = 0;
-    CTagTree* node = addNode({tag, type, static_cast<DWORD>(size), 0});
-    node->data_ = data;
-    node->blockSize_ = paddedTagSize(static_cast<DWORD>(size));
-    return node;
+    return addNode({tag, type, static_cast<DWORD>(size), 0}, data);
 }
 
 void CTagTree::dropData() {
     if (owned_) owned_->endUse();
     owned_ = nullptr;
     data_ = nullptr;
-    blockSize_ = 0;
 }
 
 // Appends nodes as AddNewKnot would make them one by one, in few pieces of memory.
@@ -152,43 +151,48 @@ CTagTree* CTagTree::newChild() const {
     return new (row->take(sizeof(CTagTree))) CTagTree;
 }
 
-// Sets the sizes of this node and of everything below it, and returns the bytes of its blocks. The sizes are
-// those of the file only while the result is below 4 GB. Data that is not in memory cannot be written:
-// invalidFile.
+// Sets the sizes of the sections at and below this one, each the bytes of its blocks in word 1, where its
+// position will stand, and returns those of this one. The sizes are those of the file only while the result is
+// below 4 GB. Data that is not in memory cannot be written: invalidFile.
 ULONGLONG CTagTree::CalcAllSize() {
     if (!isSectionTag(header_.type)) return 0;
-    ULONGLONG total = 0;
+    ULONGLONG total = sumSizes();
     CTagTree* section = this;
     int next = 0;
     for (;;) {
-        if (next == 0) {
-            section->header_.word0 = section->blockSize_ =
-                static_cast<DWORD>(section->count()) * kTagRecordSize;
-            total += ULONGLONG{kTagRecordSize} * static_cast<ULONGLONG>(section->count());
-        }
-        CTagTree* inner = nullptr;
-        while (!inner && next < section->count()) {
-            auto* node = static_cast<CTagTree*>(section->at(next));
-            section->expect(next + kExpectAhead);
-            if (node->place_ != next)
-                node->place_ = next;  // memory that is not written need not be written back
-            ++next;
-            const DWORD type = node->header_.type;
-            if (isSectionTag(type)) inner = node;
-            if (!isDataTag(type) || node->header_.word0 == 0) continue;
-            if (!node->data_) AfxThrowFileException(CFileException::invalidFile);
-            section->blockSize_ += node->blockSize_;
-            total += node->blockSize_;
-        }
-        if (inner) {
+        if (CTagTree* inner = section->openChild(next)) {
+            total += inner->sumSizes();
             section = inner;
             next = 0;
             continue;
         }
         if (section == this) return total;
         auto* parent = static_cast<CTagTree*>(section->parent_);
-        parent->blockSize_ += section->blockSize_;
+        parent->header_.word1 += section->header_.word1;
         next = section->place_ + 1;
         section = parent;
     }
+}
+
+// The table and the data of the children, without the sections among them.
+ULONGLONG CTagTree::sumSizes() {
+    const auto table = static_cast<DWORD>(count()) * kTagRecordSize;
+    const ULONGLONG data = children_ ? children_->bytes : 0;
+    header_.word0 = table;
+    header_.word1 = table + static_cast<DWORD>(data);
+    return ULONGLONG{kTagRecordSize} * static_cast<ULONGLONG>(count()) + data;
+}
+
+// The first section among the children from there on.
+CTagTree* CTagTree::openChild(int next) const {
+    if (!children_ || children_->open == 0) return nullptr;
+    for (; next < count(); ++next) {
+        auto* node = static_cast<CTagTree*>(at(next));
+        expect(next + kExpectAhead);
+        if (!(node->weight_ & kOpenWeight)) continue;
+        if (!isSectionTag(node->header_.type)) AfxThrowFileException(CFileException::invalidFile);
+        node->place_ = next;
+        return node;
+    }
+    return nullptr;
 }

@@ -9,6 +9,7 @@
 #include "persist/children.h"
 #include "persist/tag_record.h"
 #include "persist/tag_storage.h"
+#include "persist/tag_weight.h"
 
 namespace kor {
 namespace {
@@ -31,8 +32,9 @@ void TagTreeReader::read(CTagTree& root) {
     if (isDataTag(root.header_.type)) {
         checkData(root);
         CKorSimpleTree* const only = &root;
-        loadData({&only, 1});
+        loadData({&only, 1}, nullptr);
     }
+    root.weigh();
     if (!isSectionTag(root.header_.type)) return;
     int level = 0;
     for (CTagTree* section = &root; section;) {
@@ -52,7 +54,9 @@ void TagTreeReader::loadLeft(CTagTree& root) {
             node->place_ = index;
             if (!isDataTag(node->header_.type) || node->header_.word0 == 0 || node->data_) continue;
             takeRoom(node->header_.word0);
-            loadRun({section->children_->order() + index, 1}, node->header_.word0);
+            loadRun({section->children_->order() + index, 1}, node->header_.word0, nullptr);
+            section->children_->asRead = false;
+            node->weigh();
         }
     }
 }
@@ -86,7 +90,7 @@ void TagTreeReader::readTable(CTagTree& section, DWORD count) {
     }
     fetch(section.header_.word1, table_.get(), size);
     const int first = section.count();
-    addChildren(section, static_cast<int>(count));
+    const bool inRows = addChildren(section, static_cast<int>(count));
     if (static_cast<DWORD>(section.count() - first) != count)
         AfxThrowMemoryException();  // a factory did not append
 
@@ -96,18 +100,34 @@ void TagTreeReader::readTable(CTagTree& section, DWORD count) {
         CTagTree& node = at(nodes, index);
         node.header_ = {loadWord(record), loadWord(record + 4), loadWord(record + 8), loadWord(record + 12)};
         if (isDataTag(node.header_.type)) checkData(node);
+        node.setWeight(tagWeight(node.header_.type, node.header_.word0, isLoaded(node)));
     }
-    loadData(nodes);
+    if (!inRows) {
+        loadData(nodes, nullptr);
+        return;
+    }
+    bool whole = first == 0;
+    for (std::size_t index = 0; index < count;) {
+        TagRow* row = TagRow::of(&at(nodes, index));
+        const auto nodesOfRow = static_cast<std::size_t>(row->capacity());
+        whole = loadData(nodes.subspan(index, nodesOfRow), row) && whole;
+        index += nodesOfRow;
+    }
+    section.children_->asRead = whole;
 }
 
-void TagTreeReader::addChildren(CTagTree& section, int count) {
+// Whether the children lie in rows of their own.
+bool TagTreeReader::addChildren(CTagTree& section, int count) {
     // Without a factory of its own a section makes what addRow makes.
-    if (typeid(section) == typeid(CTagTree) || typeid(section) == typeid(CRootTagTree))
-        return section.addRow(count);
+    if (typeid(section) == typeid(CTagTree) || typeid(section) == typeid(CRootTagTree)) {
+        section.addRow(count);
+        return true;
+    }
     if (count > std::numeric_limits<int>::max() - section.count()) AfxThrowMemoryException();
     section.reserve(section.count() + count);
     for (; count > 0; --count)
         if (!section.AddNewKnot(nullptr, nullptr)) AfxThrowMemoryException();
+    return false;
 }
 
 void TagTreeReader::checkData(CTagTree& node) {
@@ -116,7 +136,6 @@ void TagTreeReader::checkData(CTagTree& node) {
     if (node.header_.word1 > length_ || size > length_ - node.header_.word1) fail(CFileException::endOfFile);
     if (size > kLargestTagData)
         fail(CFileException::endOfFile);  // it would end beyond the last position there is
-    node.blockSize_ = paddedTagSize(size);
     if (isLoaded(node)) {
         takeRoom(size);
     } else {
@@ -128,8 +147,10 @@ bool TagTreeReader::isLoaded(const CTagTree& node) const {
     return isDataTag(node.header_.type) && node.header_.word0 != 0 && node.header_.word0 <= limit_;
 }
 
-// Loads the checked blocks of these nodes, those that follow each other in the file by one call.
-void TagTreeReader::loadData(Nodes nodes) {
+// Loads the checked blocks of these nodes, those that follow each other in the file by one call. The first
+// piece is the row's, if these are its nodes. Returns whether there is no other.
+bool TagTreeReader::loadData(Nodes nodes, TagRow* row) {
+    bool whole = true;
     std::size_t index = 0;
     while (index < nodes.size()) {
         const CTagTree& node = at(nodes, index);
@@ -139,33 +160,39 @@ void TagTreeReader::loadData(Nodes nodes) {
         }
         const ULONGLONG start = node.header_.word1;
         ULONGLONG end = start + node.header_.word0;
-        ULONGLONG next = start + node.blockSize_;
+        ULONGLONG next = start + paddedTagSize(node.header_.word0);
         std::size_t behind = index + 1;
         for (std::size_t other = behind; other < nodes.size(); ++other) {
             const CTagTree& candidate = at(nodes, other);
             if (!isDataTag(candidate.header_.type) || candidate.header_.word0 == 0) continue;
             if (!isLoaded(candidate) || candidate.header_.word1 != next) break;
-            if (next + candidate.blockSize_ - start > kLargestRun) break;
+            const DWORD size = paddedTagSize(candidate.header_.word0);
+            if (next + size - start > kLargestRun) break;
             end = next + candidate.header_.word0;
-            next += candidate.blockSize_;
+            next += size;
             behind = other + 1;
         }
-        loadRun(nodes.subspan(index, behind - index), end - start);
+        TagRow* keeper = row && !row->holdsData() && end - start <= kLargestRun ? row : nullptr;
+        loadRun(nodes.subspan(index, behind - index), end - start, keeper);
+        whole = whole && keeper;
         index = behind;
     }
+    return whole;
 }
 
-// Loads one piece of the file that holds the blocks of all data nodes of the run.
-void TagTreeReader::loadRun(Nodes run, ULONGLONG size) {
+// Loads one piece of the file that holds the blocks of all data nodes of the run; it belongs to the row, or else
+// to the nodes.
+void TagTreeReader::loadRun(Nodes run, ULONGLONG size, TagRow* row) {
     const DWORD start = at(run, 0).header_.word1;
-    const TagData::User data = TagData::make(static_cast<std::size_t>(size));
+    TagData::User data = TagData::make(static_cast<std::size_t>(size));
     fetch(start, data->bytes(), static_cast<DWORD>(size));
     for (std::size_t index = 0; index < run.size(); ++index) {
         CTagTree& node = at(run, index);
         if (!isDataTag(node.header_.type) || node.header_.word0 == 0) continue;
         node.data_ = data->bytes() + (node.header_.word1 - start);
-        node.owned_ = data->use();
+        if (!row) node.owned_ = data->use();
     }
+    if (row) row->hold(std::move(data));
 }
 
 void TagTreeReader::fetch(DWORD position, void* target, DWORD size) {

@@ -9,6 +9,8 @@
 
 namespace kor {
 
+class TagRow;
+
 class TagTreeReader {
   public:
     /// @param limit  data blocks of more bytes stay in the file
@@ -27,11 +29,11 @@ class TagTreeReader {
     static CTagTree& at(Nodes nodes, std::size_t index) { return *static_cast<CTagTree*>(nodes[index]); }
     static CTagTree* nextSection(const CTagTree& root, CTagTree& section, int next, int& level);
     void readTable(CTagTree& section, DWORD count);
-    void addChildren(CTagTree& section, int count);
+    bool addChildren(CTagTree& section, int count);
     void checkData(CTagTree& node);
     bool isLoaded(const CTagTree& node) const;
-    void loadData(Nodes nodes);
-    void loadRun(Nodes run, ULONGLONG size);
+    bool loadData(Nodes nodes, TagRow* row);
+    void loadRun(Nodes run, ULONGLONG size, TagRow* row);
     void fetch(DWORD position, void* target, DWORD size);
     void takeRoom(ULONGLONG bytes);
     [[noreturn]] void fail(int cause, LONG osError = -1) const;

@@ -14,6 +14,8 @@ namespace {
 constexpr std::size_t kBufferSize = 0x8000;
 constexpr int kTablePiece = 1024;             // records that are put at once
 constexpr std::size_t kLargestCopy = 0x2000;  // larger blocks go to the file without a copy
+constexpr int kNodesAhead = 32;  // memory is asked for early: the children, and the data of those that came
+constexpr int kDataAhead = 16;
 
 }  // namespace
 
@@ -24,15 +26,13 @@ TagTreeWriter::TagTreeWriter(CFile& file) : file_(file), buffer_(new (std::nothr
 void TagTreeWriter::write(CTagTree& root) {
     putHeader(root);
     if (!isSectionTag(root.header_.type)) return flush();
-    putTable(root);
+    int next = putTable(root);
     CTagTree* section = &root;
-    int next = 0;
     for (;;) {
         CTagTree* inner = putData(*section, next);
         if (inner) {
-            putTable(*inner);
+            next = putTable(*inner);
             section = inner;
-            next = 0;
         } else if (section == &root) {
             return flush();
         } else {
@@ -51,9 +51,16 @@ void TagTreeWriter::storeHeader(BYTE* record, const CTagTree& node) {
     storeWord(record + 12, node.header_.word1);
 }
 
-void TagTreeWriter::putTable(CTagTree& section) {
-    DWORD position = section.header_.word1 + section.header_.word0;
+// Returns from which child on the data is still to be put.
+int TagTreeWriter::putTable(CTagTree& section) {
     const int count = section.count();
+    if (count == 0) return 0;
+    const ULONGLONG size = section.header_.word0 + section.children_->bytes;
+    if (section.children_->open == 0 && size <= kBufferSize) {
+        putLeaves(section, static_cast<DWORD>(size));
+        return count;
+    }
+    DWORD position = section.header_.word1 + section.header_.word0;
     for (int first = 0; first < count; first += kTablePiece) {
         const int end = count - first < kTablePiece ? count : first + kTablePiece;
         BYTE* record = room(static_cast<std::size_t>(end - first) * kTagRecordSize);
@@ -61,11 +68,41 @@ void TagTreeWriter::putTable(CTagTree& section) {
             auto* node = static_cast<CTagTree*>(section.at(index));
             section.expect(index + kExpectAhead);
             if (!isImmediateTag(node->header_.type)) {
+                const bool isSection = isSectionTag(node->header_.type);
+                const DWORD blocks = isSection ? node->header_.word1 : paddedTagSize(node->header_.word0);
                 node->header_.word1 = position;
-                position += node->blockSize_;
+                position += blocks;
             }
             storeHeader(record, *node);
         }
+    }
+    return 0;
+}
+
+// The table and the data of a section without inner ones, so that each node is touched once.
+void TagTreeWriter::putLeaves(CTagTree& section, DWORD size) {
+    BYTE* record = room(size);
+    BYTE* block = record + section.header_.word0;
+    DWORD position = section.header_.word1 + section.header_.word0;
+    const int count = section.count();
+    for (int index = 0; index < kNodesAhead; ++index)
+        section.expect(index);
+    for (int index = 0; index < count; ++index, record += kTagRecordSize) {
+        auto* node = static_cast<CTagTree*>(section.at(index));
+        section.expect(index + kNodesAhead);
+        if (index + kDataAhead < count)
+            __builtin_prefetch(static_cast<const CTagTree*>(section.at(index + kDataAhead))->data_);
+        if (isDataTag(node->header_.type)) {
+            node->header_.word1 = position;
+            const DWORD padded = paddedTagSize(node->header_.word0);
+            if (padded > 0) {
+                storeWord(block + padded - sizeof(DWORD), 0);
+                std::memcpy(block, node->data_, node->header_.word0);
+            }
+            block += padded;
+            position += padded;
+        }
+        storeHeader(record, *node);
     }
 }
 
@@ -84,7 +121,7 @@ CTagTree* TagTreeWriter::putData(CTagTree& section, int next) {
 
 void TagTreeWriter::putBlock(const CTagTree& node) {
     const std::size_t size = node.header_.word0;
-    const std::size_t padding = node.blockSize_ - size;
+    const std::size_t padding = paddedTagSize(node.header_.word0) - size;
     if (size > kLargestCopy) {
         flush();
         file_.Write(node.data_, node.header_.word0);

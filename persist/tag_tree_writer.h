@@ -18,7 +18,8 @@ class TagTreeWriter {
   private:
     static void storeHeader(BYTE* record, const CTagTree& node);
     void putHeader(const CTagTree& node);
-    void putTable(CTagTree& section);
+    int putTable(CTagTree& section);
+    void putLeaves(CTagTree& section, DWORD size);
     CTagTree* putData(CTagTree& section, int next);
     void putBlock(const CTagTree& node);
     BYTE* room(std::size_t size);

@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "platform/posix/kernel/exception.h"
+#include "platform/posix/kernel/virtual_memory.h"
 #include "runtime/fault.h"
 #include "runtime/fault_thread_posix.h"
 #include "runtime/fault_unwind.h"
@@ -156,7 +157,12 @@ void onFault(int signal, siginfo_t* info, void* context) {
     if (translator && !sent) {
         EXCEPTION_RECORD record = recordOf(signal, info, state);
         EXCEPTION_POINTERS pointers{&record, reinterpret_cast<CONTEXT*>(context)};
-        if (prepareUnwinding(state, info)) translator(record.ExceptionCode, &pointers);
+        if (prepareUnwinding(state, info)) {
+            // Only now: whoever takes the guard off must tell of it.
+            const bool access = record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
+            if (access && korTakeGuardPage(info->si_addr)) record.ExceptionCode = STATUS_GUARD_PAGE_VIOLATION;
+            translator(record.ExceptionCode, &pointers);
+        }
     }
     forward(signal, info, context, sent);
 }

@@ -140,18 +140,19 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
         DWORD word1 = 0;
     };
 
-    CTagTree* addNode(const Header& header);
+    CTagTree* addNode(const Header& header, const void* data = nullptr);
     CTagTree* privSaveBuffer(DWORD tag, DWORD type, const void* data, std::size_t size);
     CTagTree* privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size);
     CFile* rootFile() const;
     void dropData();
+    void weigh();
     void addRow(int added);
     CTagTree* newChild() const;
     ULONGLONG CalcAllSize();
+    ULONGLONG sumSizes();
+    CTagTree* openChild(int next) const;
 
     Header header_;
-    DWORD blockSize_ =
-        0;  // what a file holds for it besides the header: padded data, or a section's table and blocks
     const void* data_ = nullptr;     // null with a size: the data is still in the file
     kor::TagData* owned_ = nullptr;  // the tree's copy, shared with neighbours that were read with it
 

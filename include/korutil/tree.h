@@ -149,6 +149,7 @@ class KORUTIL_CLASS CKorSimpleTree : public CObject {
     int count() const;
     CKorSimpleTree* at(int index) const;
     void expect(int index) const;
+    void setWeight(DWORD weight);
     CKorSimpleTree* const* byRank() const;
     void reserve(int count);
     void separateRanks();
@@ -160,6 +161,7 @@ class KORUTIL_CLASS CKorSimpleTree : public CObject {
     CKorSimpleTree* parent_ = nullptr;
     Children* children_ = nullptr;  // null until the node has had a child
     int place_ = -1;                // index in the parent's child order when last set; a hint that is checked
+    DWORD weight_ = 0;              // its share in the sums that the parent keeps of its children
 
     friend class CTagTree;
     friend class kor::TagTreeReader;

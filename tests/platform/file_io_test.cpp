@@ -157,16 +157,6 @@ TEST_F(FileIo, SizesBeyondFourGigabytesAreToldInHalves) {
     EXPECT_EQ(GetFileType(file.get()), DWORD{FILE_TYPE_DISK});
 }
 
-TEST_F(FileIo, GrowingAFileFillsItWithZeros) {
-    {
-        const File file(path(), GENERIC_WRITE, 0, OPEN_EXISTING);
-        DWORD done = 0;
-        SetFilePointer(file.get(), 12, nullptr, FILE_BEGIN);
-        EXPECT_TRUE(WriteFile(file.get(), "x", 1, &done, nullptr));
-    }
-    EXPECT_EQ(bytesOf(path_), std::string("0123456789\0\0x", 13));
-}
-
 TEST_F(FileIo, LocksKeepOtherLocksAway) {
     const DWORD both = GENERIC_READ | GENERIC_WRITE;
     File first(path(), both, kShareAll, OPEN_EXISTING);

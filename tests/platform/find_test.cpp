@@ -122,14 +122,6 @@ TEST_F(Find, TellsWhatTheEntryIs) {
     EXPECT_EQ(data.nFileSizeLow, 0u);
 }
 
-TEST_F(Find, FilesMayBeDeletedWhileTheyAreFound) {
-    int deleted = 0;
-    for (const std::string& name : found("*"))
-        deleted += DeleteFileA(scratch_.path(name).c_str()) ? 1 : 0;
-    EXPECT_EQ(deleted, 13);
-    EXPECT_EQ(found("*"), (Names{".", "..", "sub"}));
-}
-
 TEST(FindRoot, ADrivesRootHasNoOwnNames) {
     WIN32_FIND_DATAA data;
     EXPECT_EQ(errorAfter([&] { EXPECT_EQ(FindFirstFileA("C:\\", &data), INVALID_HANDLE_VALUE); }),

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "tests/platform/seeded_call.h"
+#include "tests/platform/seeded.h"
 
 namespace {
 

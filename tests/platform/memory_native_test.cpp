@@ -1,18 +1,16 @@
-// What only our own platform has to prove: guard pages without the system's exceptions, the stacks of threads
+// What only our own platform has to prove: guard pages of others' memory, the stacks of threads
 // and the process map.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
-#include <csetjmp>
-#include <csignal>
 #include <cstdint>
+#include <fstream>
 #include <memory>
 #include <thread>
 #include <vector>
 
-#include "platform/posix/kernel/virtual_memory.h"
 #include "platform/win32.h"
-#include "tests/platform/seeded_call.h"
+#include "tests/platform/seeded.h"
 
 namespace {
 
@@ -41,60 +39,6 @@ std::vector<MEMORY_BASIC_INFORMATION> walk(const void* address) {
          block = query(static_cast<char*>(block.BaseAddress) + block.RegionSize))
         blocks.push_back(block);
     return blocks;
-}
-
-// Does what the fault translation does with an access fault: asks whether a guard was hit and leaves.
-class FaultCatcher {
-  public:
-    FaultCatcher() {
-        struct sigaction action {};
-        action.sa_sigaction = [](int, siginfo_t* info, void*) {
-            guardHit = korTakeGuardPage(info->si_addr);
-            siglongjmp(back, 1);
-        };
-        action.sa_flags = SA_SIGINFO | SA_NODEFER;
-        sigaction(SIGSEGV, &action, &former_);
-    }
-    ~FaultCatcher() { sigaction(SIGSEGV, &former_, nullptr); }
-
-    // Whether writing a byte faults; `guardHit` then tells why.
-    static bool faults(volatile char* address) {
-        if (sigsetjmp(back, 1) != 0) return true;
-        *address = 1;
-        return false;
-    }
-
-    static inline BOOL guardHit = FALSE;
-
-  private:
-    static inline sigjmp_buf back;
-    struct sigaction former_ {};
-};
-
-TEST(GuardPage, FaultsOnceAndIsThenAnOrdinaryPage) {
-    const Region region = commit(4 * kPage);
-    char* const guarded = region.get() + kPage;
-    DWORD former = 0;
-    ASSERT_TRUE(VirtualProtect(guarded, 2 * kPage, PAGE_READWRITE | PAGE_GUARD, &former));
-    const FaultCatcher catcher;
-    ASSERT_TRUE(FaultCatcher::faults(guarded + 7));
-    EXPECT_TRUE(FaultCatcher::guardHit);
-    EXPECT_FALSE(FaultCatcher::faults(guarded + 7)) << "once";
-    EXPECT_EQ(query(guarded).Protect, PAGE_READWRITE);
-    EXPECT_EQ(query(guarded + kPage).Protect, PAGE_READWRITE | PAGE_GUARD) << "each page has its own guard";
-    EXPECT_FALSE(FaultCatcher::faults(region.get())) << "the neighbour never had one";
-}
-
-TEST(GuardPage, OtherFaultsAreNoGuardHits) {
-    const Region region = commit(2 * kPage);
-    DWORD former = 0;
-    ASSERT_TRUE(VirtualProtect(region.get(), kPage, PAGE_READONLY, &former));
-    const FaultCatcher catcher;
-    ASSERT_TRUE(FaultCatcher::faults(region.get()));
-    EXPECT_FALSE(FaultCatcher::guardHit);
-    EXPECT_FALSE(korTakeGuardPage(nullptr));
-    int local = 0;
-    EXPECT_FALSE(korTakeGuardPage(&local));
 }
 
 TEST(GuardPage, IsRefusedOnMemoryThatIsNotOurs) {
@@ -186,6 +130,20 @@ TEST(VirtualMemory, CommitThatTheMachineCannotGiveLeavesTheReservation) {
     EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(query(region.get()).State, MEM_RESERVE);
     EXPECT_EQ(query(region.get()).RegionSize, size);
+}
+
+TEST(VirtualMemory, ReservesNoMoreAddressSpaceThanItShows) {
+    const auto pagesInUse = [] {
+        std::size_t pages = 0;
+        std::ifstream("/proc/self/statm") >> pages;
+        return pages;
+    };
+    constexpr std::size_t kSize = 0x13000, kCount = 64;
+    std::vector<Region> regions(kCount);
+    const std::size_t before = pagesInUse();
+    for (Region& region : regions)
+        region.reset(static_cast<char*>(VirtualAlloc(nullptr, kSize, MEM_RESERVE, PAGE_READWRITE)));
+    EXPECT_LE(pagesInUse() - before, kCount * kSize / kPage + 256) << "what aligns the region is given back";
 }
 
 // Not among the tests of both targets: Wine keeps a lock of its own for good after these two.

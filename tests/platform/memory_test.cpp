@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/win32.h"
-#include "tests/platform/seeded_call.h"
+#include "tests/platform/seeded.h"
 #include "tests/support/random.h"
 
 namespace {
@@ -162,15 +162,6 @@ TEST(CreatedHeap, HoldsNoMoreThanItsMaximum) {
     EXPECT_EQ(HeapSize(heap.get(), 0, blocks.front()), 1000u);
     EXPECT_TRUE(HeapFree(heap.get(), 0, blocks.back()));
     EXPECT_NE(HeapAlloc(heap.get(), 0, 1000), nullptr) << "freed room can be used again";
-}
-
-TEST(CreatedHeap, RefusesABlockLargerThanItself) {
-    const HeapOwner heap = makeHeap(0x10000);
-    EXPECT_EQ(HeapAlloc(heap.get(), 0, 0x20000), nullptr);
-    void* block = HeapAlloc(heap.get(), 0, 100);
-    ASSERT_NE(block, nullptr);
-    EXPECT_EQ(HeapReAlloc(heap.get(), 0, block, 0x20000), nullptr);
-    EXPECT_NE(HeapReAlloc(heap.get(), 0, block, 0x4000), nullptr);
 }
 
 TEST(CreatedHeap, KnowsItsOwnBlocksOnly) {

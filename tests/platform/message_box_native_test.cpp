@@ -114,7 +114,7 @@ TEST(MessageBoxNative, AnswersWithTheDefaultButtonWhereNobodyCanBeAsked) {
         EXPECT_EQ(MessageBoxA(nullptr, "?", "?", each.style), each.answer) << each.style;
     SetLastError(0);
     EXPECT_EQ(MessageBoxA(nullptr, "?", "?", 7), 0);
-    EXPECT_EQ(GetLastError(), 1437u);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_MSGBOX_STYLE);
     testing::internal::GetCapturedStderr();
 }
 

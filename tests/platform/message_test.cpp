@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "last_error_codes.h"
 #include "platform/win32.h"
+#include "tests/platform/seeded.h"
+
+using kor::test::kSeed;
 
 namespace {
-
-constexpr DWORD kSeed = 0xDEAD;
 
 std::string formatted(DWORD flags, const char* source, DWORD_PTR* arguments = nullptr) {
     char buffer[400] = "";
@@ -100,17 +102,11 @@ TEST(FormatMessage, AllocatesItsBuffer) {
     EXPECT_EQ(text, nullptr) << "nothing to free after a failure";
 }
 
-TEST(FormatMessage, HasATextForEveryCodeThatThePlatformSets) {
-    for (const DWORD code :
-         {1,    2,    3,    4,    5,    6,    8,    11,   12,   13,   14,   15,   16,   17,
-          18,   19,   21,   24,   25,   29,   30,   31,   32,   33,   38,   39,   50,   53,
-          55,   80,   82,   87,   109,  110,  111,  112,  120,  122,  123,  126,  127,  131,
-          132,  145,  157,  158,  160,  161,  167,  170,  183,  193,  203,  206,  234,  259,
-          267,  317,  487,  534,  998,  1001, 1004, 1005, 1006, 1113, 1114, 1117, 1131, 1142,
-          1223, 1400, 1402, 1407, 1410, 1411, 1450, 1784, 1812, 1813, 1814, 1815, 1921}) {
+TEST(FormatMessage, HasATextForEveryCodeThatIsNamed) {
+    for (const auto& [name, code] : kLastErrorCodes) {
         char buffer[300] = "";
         const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                                             nullptr, code, 0, buffer, sizeof buffer, nullptr);
-        EXPECT_GT(length, 5u) << code;
+        EXPECT_GT(length, 5u) << name << " (" << code << ")";
     }
 }

@@ -8,11 +8,14 @@
 #include <vector>
 
 #include "platform/win32.h"
+#include "tests/platform/seeded.h"
 #include "tests/support/scratch.h"
+
+using kor::test::errorAfter;
+using kor::test::kSeed;
 
 namespace {
 
-constexpr DWORD kSeed = 0xDEAD;
 constexpr const char* kModule = "KorTestModule.dll";
 
 using Answer = int(KORUTIL_CALL*)(int);
@@ -28,13 +31,6 @@ class LoadedModule {
   private:
     HMODULE handle_;
 };
-
-template <typename Function>
-DWORD errorOf(Function function) {
-    SetLastError(kSeed);
-    function();
-    return GetLastError();
-}
 
 std::string pathOf(HMODULE module) {
     char path[MAX_PATH];
@@ -62,8 +58,8 @@ TEST(Module, StaysLoadedUntilTheLastReferenceIsGivenBack) {
         EXPECT_EQ(GetModuleHandleA(kModule), first) << "after " << i << " of 3 references";
         EXPECT_TRUE(FreeLibrary(first));
     }
-    EXPECT_EQ(errorOf([] { EXPECT_EQ(GetModuleHandleA(kModule), nullptr); }), DWORD{ERROR_MOD_NOT_FOUND});
-    EXPECT_EQ(errorOf([&] { EXPECT_FALSE(FreeLibrary(first)); }), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_EQ(errorAfter([] { EXPECT_EQ(GetModuleHandleA(kModule), nullptr); }), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(FreeLibrary(first)); }), DWORD{ERROR_MOD_NOT_FOUND});
 }
 
 TEST(Module, FindsItsOwnExportsOnly) {
@@ -74,7 +70,7 @@ TEST(Module, FindsItsOwnExportsOnly) {
     EXPECT_EQ(answer(41), 42);
     for (const LPCSTR name : {LPCSTR{"korTestQuestion"}, LPCSTR{"kortestanswer"}, LPCSTR{""},
                               LPCSTR{"GetLastError"}, LPCSTR{MAKEINTRESOURCEA(77)}}) {
-        EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetProcAddress(module.handle(), name), nullptr); }),
+        EXPECT_EQ(errorAfter([&] { EXPECT_EQ(GetProcAddress(module.handle(), name), nullptr); }),
                   DWORD{ERROR_PROC_NOT_FOUND})
             << (IS_INTRESOURCE(name) ? "an ordinal" : name);
     }
@@ -115,7 +111,7 @@ TEST(Module, RefusesLookUpsThatCannotBe) {
     };
     for (const auto& each : cases) {
         HMODULE module = GetModuleHandleA(nullptr);
-        EXPECT_EQ(errorOf([&] { EXPECT_FALSE(GetModuleHandleExA(each.flags, each.name, &module)); }),
+        EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(GetModuleHandleExA(each.flags, each.name, &module)); }),
                   each.error)
             << each.reason;
         EXPECT_EQ(module, nullptr) << each.reason;
@@ -146,15 +142,17 @@ TEST(Module, TellsItsPathCutToTheBuffer) {
     EXPECT_EQ(buffer[path.size() + 1], '#');
     for (const DWORD size : {length, DWORD{5}, DWORD{1}}) {
         std::fill(buffer.begin(), buffer.end(), '#');
-        EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetModuleFileNameA(module.handle(), buffer.data(), size), size); }),
-                  DWORD{ERROR_INSUFFICIENT_BUFFER});
+        EXPECT_EQ(
+            errorAfter([&] { EXPECT_EQ(GetModuleFileNameA(module.handle(), buffer.data(), size), size); }),
+            DWORD{ERROR_INSUFFICIENT_BUFFER});
         EXPECT_EQ(std::string(buffer.data(), size - 1), path.substr(0, size - 1));
         EXPECT_EQ(buffer[size], '#') << "written behind a buffer of " << size;
     }
     EXPECT_NE(lowerCase(pathOf(nullptr)).find("platform_tests"), std::string::npos) << pathOf(nullptr);
     char one = '#';
-    EXPECT_EQ(errorOf([&] { EXPECT_EQ(GetModuleFileNameA(reinterpret_cast<HMODULE>(&one), &one, 1), 0u); }),
-              DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_EQ(
+        errorAfter([&] { EXPECT_EQ(GetModuleFileNameA(reinterpret_cast<HMODULE>(&one), &one, 1), 0u); }),
+        DWORD{ERROR_MOD_NOT_FOUND});
 }
 
 TEST(Module, IsRefusedWhenTheFileIsNoLibrary) {
@@ -176,7 +174,7 @@ TEST(Module, IsRefusedWhenTheFileIsNoLibrary) {
     };
     for (const auto& each : cases) {
         EXPECT_EQ(
-            errorOf([&] { EXPECT_EQ(LoadLibraryExA(each.name.c_str(), nullptr, each.flags), nullptr); }),
+            errorAfter([&] { EXPECT_EQ(LoadLibraryExA(each.name.c_str(), nullptr, each.flags), nullptr); }),
             each.error)
             << each.name;
     }
@@ -238,9 +236,4 @@ TEST(SearchPath, LooksInEachFolderInOrder) {
         << "absolute";
     EXPECT_NE(SearchPathA(nullptr, "KorTestL", ".dll", MAX_PATH, buffer, nullptr), 0u)
         << "beside the program";
-}
-
-TEST(ErrorMode, IsKept) {
-    const UINT before = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-    EXPECT_EQ(SetErrorMode(before), UINT{SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX});
 }

@@ -10,10 +10,12 @@
 
 #include "platform/win32.h"
 #include "resources/ids.h"
+#include "tests/platform/seeded.h"
+
+using kor::test::kSeed;
 
 namespace {
 
-constexpr DWORD kSeed = 0xDEAD;
 constexpr WORD kEnglish = 1033;
 constexpr WORD kSwedish = 1053;
 

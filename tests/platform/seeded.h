@@ -1,5 +1,8 @@
 #pragma once
 // Calls with the last error seeded before, so that a test sees whether the call set it.
+
+#include <gtest/gtest.h>
+
 #include "platform/win32.h"
 
 namespace kor::test {
@@ -12,6 +15,18 @@ DWORD errorAfter(Call&& call) {
     SetLastError(kSeed);
     call();
     return GetLastError();
+}
+
+/// Whether a call gives a result and then leaves a last error.
+template <class Call, class Result>
+testing::AssertionResult gives(Call call, Result expected, DWORD error) {
+    SetLastError(kSeed);
+    const auto result = call();
+    const DWORD left = GetLastError();
+    if (result == expected && left == error) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << "result " << testing::PrintToString(result) << " instead of "
+           << testing::PrintToString(expected) << ", last error " << left << " instead of " << error;
 }
 
 /// A file handle that is closed at the end of the test.

@@ -122,18 +122,6 @@ TEST(LastError, IsEachThreadsOwn) {
     EXPECT_EQ(fresh, 0u);
 }
 
-TEST(Identity, ThreadsDifferAndTheProcessDoesNot) {
-    DWORD other = 0;
-    DWORD process = 0;
-    std::thread([&] {
-        other = GetCurrentThreadId();
-        process = GetCurrentProcessId();
-    }).join();
-    EXPECT_NE(other, GetCurrentThreadId());
-    EXPECT_EQ(process, GetCurrentProcessId());
-    EXPECT_EQ(GetCurrentProcess(), INVALID_HANDLE_VALUE);
-}
-
 TEST(CriticalSections, LetOneThreadInAsOftenAsItLikes) {
     CRITICAL_SECTION section;
     InitializeCriticalSection(&section);

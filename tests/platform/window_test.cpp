@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "platform/win32.h"
+#include "tests/platform/seeded.h"
+
+using kor::test::kSeed;
 
 namespace {
-
-constexpr DWORD kSeed = 0xDEAD;
 
 LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     return DefWindowProcA(window, message, wParam, lParam);
@@ -78,35 +79,10 @@ TEST(WindowClass, WithAGlobalStyleIsEveryModules) {
     EXPECT_TRUE(UnregisterClassA("KorTestGlobal", other));
 }
 
-TEST(WindowClass, WithANegativeSizeIsRefused) {
-    WNDCLASSA record = classNamed("KorTestNegative", GetModuleHandleA(nullptr));
-    record.cbClsExtra = -1;
-    SetLastError(kSeed);
-    EXPECT_EQ(RegisterClassA(&record), 0);
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_PARAMETER});
-}
-
-TEST(Window, ThatIsNoneIsRefused) {
-    SetLastError(kSeed);
-    EXPECT_FALSE(IsWindow(reinterpret_cast<HWND>(UINT_PTR{0x1234})));
-    EXPECT_EQ(GetLastError(), DWORD{ERROR_INVALID_WINDOW_HANDLE});
-    EXPECT_FALSE(IsWindow(nullptr));
-}
-
 TEST(Cursor, OfTheSystemIsShared) {
     const HCURSOR arrow = LoadCursorA(nullptr, IDC_ARROW);
     EXPECT_NE(arrow, nullptr);
     EXPECT_EQ(LoadCursorA(nullptr, IDC_ARROW), arrow);
     EXPECT_NE(LoadCursorA(nullptr, IDC_WAIT), arrow);
     EXPECT_EQ(LoadCursorA(nullptr, MAKEINTRESOURCEA(106)), nullptr);
-}
-
-TEST(StockObject, ExistsForTheKnownIndexes) {
-    for (int index = -2; index < 20; ++index) {
-        const bool exists = index >= 0 && index != 9;
-        EXPECT_EQ(GetStockObject(index) != nullptr, exists) << index;
-    }
-    EXPECT_TRUE(DeleteObject(GetStockObject(NULL_BRUSH)));
-    EXPECT_NE(GetStockObject(NULL_BRUSH), nullptr) << "it is not really deleted";
-    EXPECT_FALSE(DeleteObject(nullptr));
 }

@@ -180,6 +180,26 @@ TEST(FaultGuard, AContinuableExceptionOfTheProgramKeepsItsCode) {
     }
 }
 
+TEST(FaultGuard, AGuardPageIsToldOnceAndIsThenOrdinary) {
+    for (const Faulting* code : {korFaulting(), faultingModule()}) {
+        constexpr SIZE_T kInts = 4096 / sizeof(int);
+        int* const pages = static_cast<int*>(VirtualAlloc(nullptr, 3 * 4096, MEM_COMMIT, PAGE_READWRITE));
+        ASSERT_NE(pages, nullptr);
+        DWORD former = 0;
+        ASSERT_TRUE(VirtualProtect(pages, 2 * 4096, PAGE_READWRITE | PAGE_GUARD, &former));
+        ASSERT_TRUE(VirtualProtect(pages + 2 * kInts, 4096, PAGE_READONLY, &former));
+        const auto writes = [&](SIZE_T page) { return [=] { code->write(pages + page * kInts); }; };
+        const auto reads = [&](SIZE_T page) { return [=] { code->read(pages + page * kInts); }; };
+        const Outcome hit(STATUS_GUARD_PAGE_VIOLATION, kFaultLocation);
+        EXPECT_EQ(guarded(writes(0)), hit);
+        EXPECT_EQ(guarded(writes(0)), Outcome());
+        EXPECT_EQ(guarded(reads(1)), hit) << "each page has a guard of its own";
+        EXPECT_EQ(guarded(reads(1)), Outcome());
+        EXPECT_EQ(guarded(writes(2)).first, EXCEPTION_ACCESS_VIOLATION) << "and this one never had one";
+        EXPECT_TRUE(VirtualFree(pages, 0, MEM_RELEASE));
+    }
+}
+
 TEST(FaultGuardDeathTest, AFaultWithoutAGuardEndsTheProcess) {
     EXPECT_EXIT(divideByZero(), DiedFrom(EXCEPTION_INT_DIVIDE_BY_ZERO), "");
     EXPECT_EXIT(readNowhere(), DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");

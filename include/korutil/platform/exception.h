@@ -6,6 +6,9 @@
 
 #ifndef _WIN32
 
+/// The first access to a page that VirtualAlloc or VirtualProtect gave PAGE_GUARD; the page has no guard any
+/// more.
+inline constexpr DWORD STATUS_GUARD_PAGE_VIOLATION = 0x80000001;
 inline constexpr DWORD EXCEPTION_ACCESS_VIOLATION = 0xC0000005;
 inline constexpr DWORD EXCEPTION_IN_PAGE_ERROR = 0xC0000006;
 inline constexpr DWORD EXCEPTION_ILLEGAL_INSTRUCTION = 0xC000001D;

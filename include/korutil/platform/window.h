@@ -156,7 +156,8 @@ struct MSGBOXPARAMSA {
 };
 
 /// @param caption  null for "Error"
-/// @return the button pressed (ID...); 0 with last error 1437 for a set of buttons that does not exist
+/// @return the button pressed (ID...); 0 with ERROR_INVALID_MSGBOX_STYLE for a set of buttons that does not
+/// exist
 KORPLATFORM_API int WINAPI MessageBoxA(HWND owner, LPCSTR text, LPCSTR caption, UINT style);
 KORPLATFORM_API int WINAPI MessageBoxIndirectA(const MSGBOXPARAMSA* parameters);
 /// Rings the terminal's bell when standard error is a terminal. @return TRUE

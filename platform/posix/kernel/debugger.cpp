@@ -6,6 +6,8 @@
 
 #include "korutil/platform/module.h"
 #include "platform/posix/kernel/display_text.h"
+#include "platform/posix/kernel/transfer.h"
+#include "platform/posix/kernel/with_memory.h"
 
 namespace {
 
@@ -22,12 +24,11 @@ bool isDebugging() {
 void WINAPI OutputDebugStringA(LPCSTR text) {
     if (!text || !isDebugging()) return;
     const int error = errno;
-    const std::string shown = kor::displayText(text);
-    // In one piece, so that the texts of several threads do not mix.
-    for (std::size_t done = 0; done < shown.size();) {
-        const ssize_t part = write(STDERR_FILENO, shown.data() + done, shown.size() - done);
-        if (part < 0 && errno != EINTR) break;
-        if (part > 0) done += static_cast<std::size_t>(part);
-    }
+    kor::withMemory([text] {
+        const std::string shown = kor::displayText(text);
+        // In one piece, so that the texts of several threads do not mix.
+        kor::transferAll([](const char* data, std::size_t size) { return write(STDERR_FILENO, data, size); },
+                         shown.data(), shown.size());
+    });
     errno = error;
 }

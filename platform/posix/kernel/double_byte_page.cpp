@@ -2,6 +2,8 @@
 
 #include <iconv.h>
 
+#include <cerrno>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -10,7 +12,11 @@ namespace {
 
 class Converter {
   public:
-    Converter(const char* to, const char* from) : descriptor_(iconv_open(to, from)) {}
+    Converter(const char* to, const char* from) : descriptor_(iconv_open(to, from)) {
+        // A lack of memory is told as a missing converter at times, so it is asked for again.
+        if (!isOpen()) descriptor_ = iconv_open(to, from);
+        if (!isOpen() && errno == ENOMEM) throw std::bad_alloc();
+    }
     ~Converter() {
         if (isOpen()) iconv_close(descriptor_);
     }

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr DWORD kNothingDone = 235;
-constexpr DWORD kNoSuchMessage = 317;
 constexpr std::size_t kLongest = 0xFFFF;
 constexpr unsigned kMostInserts = 99;
 
@@ -277,10 +275,10 @@ DWORD WINAPI FormatMessageA(DWORD flags, LPCVOID source, DWORD message, DWORD, L
         const char* text = fromString                             ? static_cast<const char*>(source)
                            : (flags & FORMAT_MESSAGE_FROM_SYSTEM) ? kor::systemMessage(message)
                                                                   : nullptr;
-        if (!text) return failed(kNoSuchMessage);
+        if (!text) return failed(ERROR_MR_MID_NOT_FOUND);
         Formatter formatter(text, flags, arguments);
         if (!formatter.run()) return failed(ERROR_INVALID_PARAMETER);
-        if (formatter.text().empty()) return failed(kNothingDone);
+        if (formatter.text().empty()) return failed(ERROR_NO_WORK_DONE);
         return store(formatter.text(), flags, buffer, size);
     });
 }

@@ -6,6 +6,7 @@
 #include "platform/posix/kernel/double_byte_page.h"
 #include "platform/posix/kernel/text.h"
 #include "platform/posix/kernel/utf.h"
+#include "platform/posix/kernel/with_memory.h"
 
 namespace kor {
 namespace {
@@ -71,6 +72,11 @@ const WesternPage kWesternPage;
 const Utf8Page kUtf8Page;
 const AsciiPage kAsciiPage;
 
+const CodePage* ansiOrAscii() {
+    const CodePage* page = codePage(CP_ACP);
+    return page ? page : &kAsciiPage;
+}
+
 }  // namespace
 
 UINT ansiCodePage() {
@@ -106,13 +112,10 @@ const CodePage* codePage(UINT number) {
     }
 }
 
-const CodePage& ansiPage() {
-    const CodePage* page = codePage(CP_ACP);
-    return page ? *page : kAsciiPage;
-}
+const CodePage& ansiPage() { return *withMemory(&kAsciiPage, ansiOrAscii); }
 
 std::optional<std::string> utf8FromText(std::string_view text) {
-    const CodePage& page = ansiPage();
+    const CodePage& page = *ansiOrAscii();
     std::string result;
     result.reserve(text.size());
     while (!text.empty()) {
@@ -126,7 +129,7 @@ std::optional<std::string> utf8FromText(std::string_view text) {
 }
 
 std::optional<std::string> textFromUtf8(std::string_view utf8) {
-    const CodePage& page = ansiPage();
+    const CodePage& page = *ansiOrAscii();
     std::string result;
     result.reserve(utf8.size());
     while (!utf8.empty()) {

@@ -13,11 +13,13 @@ namespace kor {
 UINT ansiCodePage();
 
 /// @param number  1252, 932, 936, 65001, or CP_ACP and its kin for the ANSI code page
-/// @return the page; null when it is not known, or its converter is not installed
+/// @return the page; null when it is not known, or its converter is not installed. The first use of 932 and
+/// 936
+///         may throw std::bad_alloc
 const CodePage* codePage(UINT number);
 
-/// The ANSI code page; 1252 when its converter is not installed, but then conversions refuse every other
-/// character than ASCII.
+/// The ANSI code page, for functions that cannot fail; ASCII when its converter is not installed or there is
+/// no memory for it.
 const CodePage& ansiPage();
 
 /// Whole texts between the ANSI code page and UTF-8; nothing when any part is invalid or cannot be expressed.

@@ -12,13 +12,14 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <shared_mutex>
 #include <new>
+#include <shared_mutex>
 #include <utility>
 
 #include "korutil/platform/last_error.h"
 #include "platform/posix/kernel/descriptor.h"
 #include "platform/posix/kernel/portable_executable.h"
+#include "platform/posix/kernel/with_memory.h"
 
 namespace kor {
 namespace {
@@ -34,16 +35,21 @@ Registry& registry() {
     return instance;
 }
 
-// Why the loader refused, in its words.
+// Why the loader refused an object or a symbol, in its words.
 class LoaderRefusal {
   public:
-    LoaderRefusal() : reason_(dlerror()) {}
-
     bool says(const char* words) const { return reason_ && std::strstr(reason_, words); }
-    bool isOfMemory() const { return says("llocate memory") || says("out of memory"); }
+
+    // Without memory for the name of a file that is there, the loader does not find it.
+    bool isOfMemory(const char* path) const {
+        const bool missed =
+            says("cannot open shared object") && path && std::strstr(reason_, path) == reason_;
+        return says("llocate memory") || says("out of memory") ||
+               says("cannot create shared object descriptor") || (missed && access(path, R_OK) == 0);
+    }
 
   private:
-    const char* reason_;
+    const char* reason_ = dlerror();
 };
 
 // A reference of the dynamic loader's to an object of the process.
@@ -53,7 +59,7 @@ class LoaderReference {
 
     // To an object that the process has already.
     explicit LoaderReference(const char* path) : handle_(dlopen(path, RTLD_LAZY | RTLD_NOLOAD)) {
-        if (!handle_ && LoaderRefusal().isOfMemory()) throw std::bad_alloc();
+        if (!handle_ && LoaderRefusal().isOfMemory(path)) throw std::bad_alloc();
     }
     ~LoaderReference() {
         if (handle_) dlclose(handle_);
@@ -159,13 +165,15 @@ std::shared_ptr<Module> moduleOfObject(const link_map* object) {
 // The names by which the loader knows the process's objects.
 std::vector<std::string> loaderNames() {
     std::vector<std::string> names;
-    dl_iterate_phdr(
-        [](dl_phdr_info* info, std::size_t, void* data) {
+    const auto add = [](dl_phdr_info* info, std::size_t, void* data) {
+        // The loader holds its lock: nothing may be thrown past it.
+        return withMemory(1, [&] {
             static_cast<std::vector<std::string>*>(data)->emplace_back(info->dlpi_name ? info->dlpi_name
                                                                                        : "");
             return 0;
-        },
-        &names);
+        });
+    };
+    if (dl_iterate_phdr(add, &names) != 0) throw std::bad_alloc();
     return names;
 }
 
@@ -176,7 +184,8 @@ std::optional<std::vector<std::byte>> readFile(const std::string& path) {
     struct stat status {};
     std::optional<std::vector<std::byte>> bytes;
     constexpr off_t kMost = 0x7FFFFFFF;
-    if (file.isOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= kMost) {
+    if (file.isOpen() && fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+        status.st_size <= kMost) {
         bytes.emplace(static_cast<std::size_t>(status.st_size));
         std::size_t done = 0;
         while (done < bytes->size()) {
@@ -194,7 +203,7 @@ std::shared_ptr<Module> loadObject(const std::string& path) {
     LoaderReference reference(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (!reference.get()) {
         const LoaderRefusal refusal;
-        SetLastError(refusal.isOfMemory()                        ? ERROR_NOT_ENOUGH_MEMORY
+        SetLastError(refusal.isOfMemory(path.c_str())            ? ERROR_NOT_ENOUGH_MEMORY
                      : refusal.says("cannot open shared object") ? ERROR_MOD_NOT_FOUND
                      : refusal.says("undefined symbol")          ? ERROR_PROC_NOT_FOUND
                                                                  : ERROR_BAD_EXE_FORMAT);
@@ -347,8 +356,9 @@ bool releaseReference(HMODULE handle) {
     }
     // Unloading runs the module's own code, so no lock of ours is held meanwhile.
     if (reference) dlclose(reference);
-    const LoaderReference rest(module->object ? module->nativePath.c_str() : "");
-    const bool stillThere = module->object && isLoaded(*module, rest.get());
+    const bool stillThere = module->object && withMemory(true, [&module] {
+                                return isLoaded(*module, LoaderReference(module->nativePath.c_str()).get());
+                            });
     const std::unique_lock lock(registry().lock);
     if (module->count == 0 && !stillThere) registry().modules.erase(handle);
     return true;
@@ -359,6 +369,7 @@ void* symbolOf(const Module& module, const char* name) {
     const LoaderReference reference(module.object == hostObject() ? kHost : module.nativePath.c_str());
     if (!reference.get()) return nullptr;
     void* symbol = dlsym(reference.get(), name);
+    if (!symbol && LoaderRefusal().isOfMemory(nullptr)) throw std::bad_alloc();
     Dl_info information{};
     link_map* object = nullptr;
     // The loader also looks into what the module depends on; that is not the module's own.

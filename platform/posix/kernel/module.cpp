@@ -42,8 +42,6 @@ std::atomic<UINT> errorMode{0};
 
 }  // namespace
 
-HMODULE WINAPI LoadLibraryA(LPCSTR name) { return kor::handleOf(load(name, false)); }
-
 HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
     return kor::withMemory(nullptr, [&]() -> HMODULE {
         if (reserved) return kor::handleOf(failed(ERROR_INVALID_PARAMETER));
@@ -51,6 +49,8 @@ HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
             load(name, (flags & (LOAD_LIBRARY_AS_DATAFILE | DONT_RESOLVE_DLL_REFERENCES)) != 0));
     });
 }
+
+HMODULE WINAPI LoadLibraryA(LPCSTR name) { return LoadLibraryExA(name, nullptr, 0); }
 
 BOOL WINAPI FreeLibrary(HMODULE module) {
     return kor::withMemory(FALSE, [&]() -> BOOL {
@@ -69,6 +69,7 @@ HMODULE WINAPI GetModuleHandleA(LPCSTR name) {
 }
 
 BOOL WINAPI GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
+    if (module) *module = nullptr;
     return kor::withMemory(FALSE, [&]() -> BOOL {
         constexpr DWORD kKnown = GET_MODULE_HANDLE_EX_FLAG_PIN |
                                  GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT |
@@ -76,7 +77,6 @@ BOOL WINAPI GetModuleHandleExA(DWORD flags, LPCSTR name, HMODULE* module) {
         constexpr DWORD kExclusive =
             GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
         if (!module || (flags & ~kKnown) || (flags & kExclusive) == kExclusive) {
-            if (module) *module = nullptr;
             SetLastError(ERROR_INVALID_PARAMETER);
             return FALSE;
         }

@@ -12,6 +12,7 @@
 #include "platform/posix/kernel/file.h"
 #include "platform/posix/kernel/loaded_modules.h"
 #include "platform/posix/kernel/native_name.h"
+#include "platform/posix/kernel/with_memory.h"
 
 namespace kor {
 namespace {
@@ -21,6 +22,7 @@ template <typename Function>
 void addTold(std::vector<std::string>& folders, Function function) {
     char buffer[MAX_PATH];
     const DWORD length = function(buffer);
+    if (length == 0) passShortageOn();
     if (length > 0 && length < MAX_PATH) folders.emplace_back(buffer, length);
 }
 

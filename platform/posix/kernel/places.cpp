@@ -43,8 +43,10 @@ std::string temporaryFolder() {
 }
 
 DWORD systemFolder(const char* path, LPSTR buffer, DWORD size) {
-    kor::driveFolder('C');  // makes it when it is missing
-    return kor::textResult(path, buffer, size);
+    return kor::withMemory(0, [&] {
+        kor::driveFolder('C');  // makes it when it is missing
+        return kor::textResult(path, buffer, size);
+    });
 }
 
 // @param spelled  receives the path with its components as on disk. @return false with the last error set

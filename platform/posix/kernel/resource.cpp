@@ -1,3 +1,8 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
 #include "platform/posix/kernel/loaded_modules.h"
@@ -48,6 +53,12 @@ kor::ResourceKey keyOf(LPCSTR text) {
     }
     return {static_cast<WORD>(number <= 0xFFFF ? number : 0), {}};
 }
+
+// A resource's name as callers see it: a number when the text is empty.
+struct Name {
+    WORD number;
+    std::string text;
+};
 
 std::string narrow(const std::u16string& text) {
     const int units = static_cast<int>(text.size());
@@ -101,28 +112,35 @@ DWORD WINAPI SizeofResource(HMODULE module, HRSRC resource) {
 BOOL WINAPI FreeResource(HGLOBAL) { return FALSE; }
 
 BOOL WINAPI EnumResourceNamesA(HMODULE module, LPCSTR type, ENUMRESNAMEPROCA function, LONG_PTR parameter) {
-    const auto [owner, resources] = open(module);
-    if (!resources) return FALSE;
-    DWORD error = 0;
-    const auto keys = resources->names(keyOf(type), error);
-    if (keys.empty()) SetLastError(error);
-    for (const kor::ResourceKey& key : keys) {
-        std::string text = narrow(key.name);
-        LPSTR name = key.name.empty() ? MAKEINTRESOURCEA(key.number) : text.data();
-        if (!function(module, type, name, parameter)) return FALSE;
-    }
-    return keys.empty() ? FALSE : TRUE;
+    std::vector<Name> names;
+    const bool found = kor::withMemory(false, [&] {
+        const auto [owner, resources] = open(module);
+        if (!resources) return false;
+        DWORD error = 0;
+        for (const kor::ResourceKey& key : resources->names(keyOf(type), error))
+            names.push_back({key.number, narrow(key.name)});
+        if (names.empty()) SetLastError(error);
+        return !names.empty();
+    });
+    // A lack of memory in the caller's function is the caller's.
+    return found && std::all_of(names.begin(), names.end(), [&](Name& name) {
+               LPSTR text = name.text.empty() ? MAKEINTRESOURCEA(name.number) : name.text.data();
+               return function(module, type, text, parameter) != FALSE;
+           });
 }
 
 BOOL WINAPI EnumResourceLanguagesA(HMODULE module, LPCSTR type, LPCSTR name, ENUMRESLANGPROCA function,
                                    LONG_PTR parameter) {
-    const auto [owner, resources] = open(module);
-    if (!resources) return FALSE;
-    DWORD error = 0;
-    const auto languages = resources->languages(keyOf(type), keyOf(name), error);
-    if (languages.empty()) SetLastError(error);
-    for (const WORD language : languages) {
-        if (!function(module, type, name, language, parameter)) return FALSE;
-    }
-    return languages.empty() ? FALSE : TRUE;
+    std::vector<WORD> languages;
+    const bool found = kor::withMemory(false, [&] {
+        const auto [owner, resources] = open(module);
+        if (!resources) return false;
+        DWORD error = 0;
+        languages = resources->languages(keyOf(type), keyOf(name), error);
+        if (languages.empty()) SetLastError(error);
+        return !languages.empty();
+    });
+    return found && std::all_of(languages.begin(), languages.end(), [&](WORD language) {
+               return function(module, type, name, language, parameter) != FALSE;
+           });
 }

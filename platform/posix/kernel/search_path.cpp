@@ -28,7 +28,11 @@ std::vector<std::string> splitFolders(std::string_view list) {
     return folders;
 }
 
-bool exists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+bool exists(const std::string& path) {
+    if (GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES) return true;
+    kor::passShortageOn();
+    return false;
+}
 
 }  // namespace
 

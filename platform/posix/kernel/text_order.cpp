@@ -1,8 +1,7 @@
 // Word order of texts.
-#include <algorithm>
 #include <compare>
 #include <cstring>
-#include <string>
+#include <optional>
 #include <string_view>
 
 #include "korutil/platform/last_error.h"
@@ -41,33 +40,39 @@ char32_t primaryWeight(char32_t character) {
     return letter < 0x20 ? letter : letter + 0x100;
 }
 
-std::u32string charactersOf(std::string_view text) {
-    const CodePage& page = kor::ansiPage();
-    std::u32string characters;
-    characters.reserve(text.size());
-    while (!text.empty()) {
-        const CodePage::Character next = page.decode(text);
-        characters.push_back(next.character);
-        text.remove_prefix(next.length);
+// A text character by character. A comparison cannot fail, so nothing is decoded into memory.
+class Characters {
+  public:
+    Characters(std::string_view text, bool withIgnored) : rest_(text), withIgnored_(withIgnored) {}
+
+    std::optional<char32_t> next() {
+        while (!rest_.empty()) {
+            const CodePage::Character found = page_.decode(rest_);
+            rest_.remove_prefix(found.length);
+            if (withIgnored_ || !isIgnored(found.character)) return found.character;
+        }
+        return std::nullopt;
     }
-    return characters;
-}
+
+  private:
+    const CodePage& page_ = kor::ansiPage();
+    std::string_view rest_;
+    bool withIgnored_;
+};
 
 template <typename Weight>
-int compareBy(std::u32string_view first, std::u32string_view second, Weight weight) {
-    const auto order = std::lexicographical_compare_three_way(
-        first.begin(), first.end(), second.begin(), second.end(),
-        [weight](char32_t one, char32_t other) { return weight(one) <=> weight(other); });
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+int compareBy(Characters first, Characters second, Weight weight) {
+    for (;;) {
+        const auto one = first.next();
+        const auto other = second.next();
+        if (!one || !other) return one.has_value() - other.has_value();
+        if (const auto order = weight(*one) <=> weight(*other); order != 0) return order < 0 ? -1 : 1;
+    }
 }
 
-int compareTexts(std::string_view firstText, std::string_view secondText, bool ignoreCase) {
-    const std::u32string first = charactersOf(firstText);
-    const std::u32string second = charactersOf(secondText);
-    std::u32string firstWords = first;
-    std::u32string secondWords = second;
-    std::erase_if(firstWords, isIgnored);
-    std::erase_if(secondWords, isIgnored);
+int compareTexts(std::string_view first, std::string_view second, bool ignoreCase) {
+    const Characters firstWords(first, false);
+    const Characters secondWords(second, false);
     if (const int order = compareBy(firstWords, secondWords, primaryWeight)) return order;
     if (const int order = compareBy(firstWords, secondWords, small)) return order;
     const auto capital = [](char32_t character) { return small(character) != character; };
@@ -75,7 +80,7 @@ int compareTexts(std::string_view firstText, std::string_view secondText, bool i
         if (const int order = compareBy(firstWords, secondWords, capital)) return order;
     }
     // All is equal but for the ignored signs: the text whose sign comes first is the later one.
-    return compareBy(first, second, isIgnored);
+    return compareBy(Characters(first, true), Characters(second, true), isIgnored);
 }
 
 std::string_view textOf(LPCSTR text, int length) {

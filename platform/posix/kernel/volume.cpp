@@ -74,7 +74,7 @@ KORPLATFORM_API UINT WINAPI GetDriveTypeA(LPCSTR root) {
     });
 }
 
-KORPLATFORM_API DWORD WINAPI GetLogicalDrives() { return kor::driveMask(); }
+KORPLATFORM_API DWORD WINAPI GetLogicalDrives() { return kor::withMemory(0, kor::driveMask); }
 
 KORPLATFORM_API BOOL WINAPI GetDiskFreeSpaceA(LPCSTR root, LPDWORD sectorsPerCluster, LPDWORD bytesPerSector,
                                               LPDWORD freeClusters, LPDWORD clusters) {

@@ -1,5 +1,6 @@
 #pragma once
-// The edge between our sources, in which a lack of memory is thrown, and the platform's functions, which fail.
+// The edge between our sources, in which a lack of memory is thrown, and the platform's functions, which
+// fail.
 
 #include <new>
 #include <type_traits>
@@ -22,6 +23,11 @@ std::invoke_result_t<Work&> withMemory(Failure failure, Work work) try {
 template <typename Work>
 void withMemory(Work work) {
     withMemory(0, [&work] { return work(), 0; });
+}
+
+/// For a platform function that another one uses: when it has just failed, hands a lack of memory on.
+inline void passShortageOn() {
+    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
 }
 
 }  // namespace kor

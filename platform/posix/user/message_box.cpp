@@ -8,16 +8,16 @@
 #include <new>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
 #include "korutil/platform/window.h"
 #include "platform/posix/kernel/display_text.h"
+#include "platform/posix/kernel/transfer.h"
 #include "platform/posix/kernel/with_memory.h"
 
 namespace {
-
-constexpr DWORD kInvalidStyle = 1437;
 
 struct Button {
     int id;
@@ -47,12 +47,9 @@ std::size_t defaultOf(std::span<const Button> buttons, UINT style) {
     return index < buttons.size() ? index : 0;
 }
 
-void print(const std::string& text) {
-    for (std::size_t done = 0; done < text.size();) {
-        const ssize_t part = write(STDERR_FILENO, text.data() + done, text.size() - done);
-        if (part < 0 && errno != EINTR) return;
-        if (part > 0) done += static_cast<std::size_t>(part);
-    }
+void print(std::string_view text) {
+    kor::transferAll([](const char* data, std::size_t size) { return write(STDERR_FILENO, data, size); },
+                     text.data(), text.size());
 }
 
 // What of a text is plain ASCII, a piece at a time.
@@ -130,28 +127,27 @@ std::string textOrString(HINSTANCE module, LPCSTR text) {
 }  // namespace
 
 int WINAPI MessageBoxA(HWND, LPCSTR text, LPCSTR caption, UINT style) {
-    return kor::withMemory(0, [&]() -> int {
-        if ((style & MB_TYPEMASK) >= kButtons.size()) {
-            SetLastError(kInvalidStyle);
-            return 0;
-        }
-        const std::span<const Button> buttons = buttonsOf(style);
-        const std::size_t standard = defaultOf(buttons, style);
-        // One box at a time: a question and its answer belong together.
-        static constinit std::mutex lock;
-        const std::lock_guard guard(lock);
-        show(caption ? caption : "Error", text);
-        const bool canAsk = buttons.size() > 1 && isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
-        return canAsk ? ask(buttons, standard) : buttons[standard].id;
-    });
+    if ((style & MB_TYPEMASK) >= kButtons.size()) {
+        SetLastError(ERROR_INVALID_MSGBOX_STYLE);
+        return 0;
+    }
+    const std::span<const Button> buttons = buttonsOf(style);
+    const std::size_t standard = defaultOf(buttons, style);
+    // One box at a time: a question and its answer belong together.
+    static constinit std::mutex lock;
+    const std::lock_guard guard(lock);
+    show(caption ? caption : "Error", text);
+    const bool canAsk = buttons.size() > 1 && isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
+    if (!canAsk) return buttons[standard].id;
+    return kor::withMemory(0, [&] { return ask(buttons, standard); });
 }
 
 int WINAPI MessageBoxIndirectA(const MSGBOXPARAMSA* parameters) {
-    return kor::withMemory(0, [&]() -> int {
-        if (!parameters || parameters->cbSize != sizeof(MSGBOXPARAMSA)) {
-            SetLastError(ERROR_INVALID_PARAMETER);
-            return 0;
-        }
+    if (!parameters || parameters->cbSize != sizeof(MSGBOXPARAMSA)) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    return kor::withMemory(0, [parameters] {
         const std::string text = textOrString(parameters->hInstance, parameters->lpszText);
         const std::string caption = textOrString(parameters->hInstance, parameters->lpszCaption);
         return MessageBoxA(parameters->hwndOwner, text.c_str(),

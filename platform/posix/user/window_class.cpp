@@ -40,7 +40,11 @@ std::string lowerCase(const char* text) {
     return result;
 }
 
-HINSTANCE moduleOrHost(HINSTANCE module) { return module ? module : GetModuleHandleA(nullptr); }
+HINSTANCE moduleOrHost(HINSTANCE module) {
+    if (!module) module = GetModuleHandleA(nullptr);
+    if (!module) kor::passShortageOn();
+    return module;
+}
 
 // By name or atom; a global class is every module's.
 std::list<WindowClass>::iterator find(Classes& known, LPCSTR name, HINSTANCE module) {
