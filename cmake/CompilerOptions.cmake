@@ -16,6 +16,6 @@ endif()
 if(KORUTIL_SANITIZE)
   # With the sanitizers' checks in between the compiler loses sight of what was initialised.
   add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
-  add_compile_options(-fsanitize=${KORUTIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+  add_compile_options(-fsanitize=${KORUTIL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
   add_link_options(-fsanitize=${KORUTIL_SANITIZE})
 endif()

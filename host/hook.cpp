@@ -11,8 +11,8 @@ namespace {
 
 constexpr char kLibrary[] = "Wrx";
 
-// A chain is kept until the library is unloaded, so that a handler may end the chain that it is called through;
-// there are only as many as there are hooks.
+// A chain is kept until the library is unloaded, so that a handler may end the chain that it is called
+// through; there are only as many as there are hooks.
 struct HookChain {
     UINT id;
     bool live;

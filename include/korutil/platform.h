@@ -167,8 +167,9 @@ extern "C" __attribute__((visibility("default"))) const KorResourceTable korReso
 
 static_assert(sizeof(LONG) == 4 && sizeof(DWORD) == 4 && sizeof(WORD) == 2 && sizeof(WCHAR) == 2);
 
-/// Hands an argument list on: the `void*` that formatting arguments, the V forms of functions and a statement's
-/// arguments take. It is the list itself on 32 bits and its address natively; the callee works on a copy.
+/// Hands an argument list on: the `void*` that formatting arguments, the V forms of functions and a
+/// statement's arguments take. It is the list itself on 32 bits and its address natively; the callee works on
+/// a copy.
 /// @param list  a started `va_list`, a local variable or a parameter
 #ifdef _WIN32
 #define KORUTIL_ARGUMENTS(list) (reinterpret_cast<void*>(list))

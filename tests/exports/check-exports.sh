@@ -23,7 +23,9 @@ grep '^_Z' "$work/raw" | c++filt |
   grep -vE '^(vtable|VTT|typeinfo|typeinfo name|guard variable|construction vtable|(non-)?virtual thunk|covariant return thunk) ' |
   sed -E 's/ \[clone.*//; s/\(.*//; s/ const$//' >"$work/cxx.all" || true
 # "operator const char*" and the like keep their words; everything else is the last word (no return types in these names).
-awk '{ at = index($0, "operator"); print at ? $0 : $NF }' "$work/cxx.all" | sort -u >"$work/cxx"
+# Members in lowerCamelCase are internal; a class record is not.
+awk '{ at = index($0, "operator"); print at ? $0 : $NF }' "$work/cxx.all" | sort -u |
+  awk '!/::[a-z]/ || /::(class[A-Z]|m_|operator)/' >"$work/cxx"
 # A native module's resources are a symbol of it; every module has one.
 grep -v -e '^_Z' -e '^korResourceTable$' "$work/raw" | sort -u >"$work/plain"
 

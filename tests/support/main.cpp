@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::chrono::minutes kPatience{4};
 
-// Ends the process when the tests do not finish in time: abort() leaves a core and a failed run, not a hung one.
+// Ends the process when the tests do not finish in time: abort() leaves a core and a failed run, not a hung
+// one.
 class Watchdog {
   public:
     Watchdog() : thread_([this] { watch(); }) {}
@@ -32,8 +33,9 @@ class Watchdog {
         std::unique_lock lock(mutex_);
         if (wake_.wait_for(lock, kPatience, [this] { return done_; })) return;
         const auto* current = testing::UnitTest::GetInstance()->current_test_info();
-        std::fprintf(stderr, "watchdog: no end after %d minutes in %s.%s\n", static_cast<int>(kPatience.count()),
-                     current ? current->test_suite_name() : "?", current ? current->name() : "?");
+        std::fprintf(stderr, "watchdog: no end after %d minutes in %s.%s\n",
+                     static_cast<int>(kPatience.count()), current ? current->test_suite_name() : "?",
+                     current ? current->name() : "?");
         std::abort();
     }
 
