@@ -76,7 +76,7 @@ TEST(GlobalMemory, FixedBlocksAreTheirOwnAddress) {
     EXPECT_EQ(GlobalFlags(block), 0u);
     EXPECT_EQ(GlobalReAlloc(block, 50, 0), block);
     EXPECT_EQ(GlobalSize(block), 50u);
-    EXPECT_TRUE(gives([&] { return GlobalReAlloc(block, 500000, 0); }, nullptr, ERROR_NOT_ENOUGH_MEMORY))
+    EXPECT_TRUE(gives([&] { return GlobalReAlloc(block, 50000000, 0); }, nullptr, ERROR_NOT_ENOUGH_MEMORY))
         << "it moves only when told that it may";
     block = GlobalReAlloc(block, 500000, GMEM_MOVEABLE | GMEM_ZEROINIT);
     ASSERT_NE(block, nullptr);

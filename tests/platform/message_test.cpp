@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "last_error_codes.h"
 #include "platform/win32.h"
 #include "tests/platform/seeded.h"
 
@@ -100,13 +99,4 @@ TEST(FormatMessage, AllocatesItsBuffer) {
                              0, reinterpret_cast<LPSTR>(&text), 0, nullptr),
               0u);
     EXPECT_EQ(text, nullptr) << "nothing to free after a failure";
-}
-
-TEST(FormatMessage, HasATextForEveryCodeThatIsNamed) {
-    for (const auto& [name, code] : kLastErrorCodes) {
-        char buffer[300] = "";
-        const DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                                            nullptr, code, 0, buffer, sizeof buffer, nullptr);
-        EXPECT_GT(length, 5u) << name << " (" << code << ")";
-    }
 }
