@@ -23,6 +23,12 @@ class TagData {
 
     /// @throws CMemoryException when memory is short
     static User make(std::size_t size);
+    /// A piece whose first bytes are taken, with more room for `take` when it follows a piece that has none
+    /// left.
+    /// @param former  null for none
+    static User makeWithRoom(std::size_t size, const TagData* former);
+    /// @return room for that many bytes; null when the piece has none
+    BYTE* take(std::size_t size);
 
     BYTE* bytes() { return reinterpret_cast<BYTE*>(this + 1); }
     /// One more use, which endUse ends.
@@ -33,7 +39,9 @@ class TagData {
     void endUse();
 
   private:
-    ULONGLONG users_ = 1;
+    DWORD users_ = 1;
+    WORD room_ = 0;  // bytes to be given out, and how many of them are
+    WORD taken_ = 0;
 };
 
 /// Nodes lie behind a pointer to the row that they were made in, null for a node of its own.
@@ -53,8 +61,8 @@ class TagRow {
 
     bool isFull() const { return used_ == capacity_; }
     int capacity() const { return capacity_; }
-    /// The next place; it must become a node, and end with freeNode or freeAll. The row is freed with the last
-    /// of its nodes.
+    /// The next place; it must become a node, and end with freeNode or freeAll. The row is freed with the
+    /// last of its nodes.
     void* take(std::size_t nodeSize);
 
     bool holdsData() const { return data_ != nullptr; }

@@ -21,6 +21,7 @@ namespace {
 
 constexpr int kFirstRow = 4;  // nodes that are saved one by one lie in rows from here
 constexpr int kLastRow = 32;  // up to here
+constexpr int kLookBack = 4;  // children that may have a piece of data with room
 
 }  // namespace
 
@@ -110,11 +111,21 @@ CTagTree* CTagTree::addNode(const Header& header, const void* data) {
 CTagTree* CTagTree::privSaveBuffer(DWORD tag, DWORD type, const void* data, std::size_t size) {
     if (size > kLargestTagData) AfxThrowMemoryException();
     if (size == 0 || !data) return privSaveStatic(tag, type, nullptr, 0);
-    const TagData::User copy = TagData::make(size);
-    std::memcpy(copy->bytes(), data, size);
-    CTagTree* node = privSaveStatic(tag, type, copy->bytes(), size);
-    node->owned_ = copy->use();
+    TagData* const last = lastData();
+    BYTE* copy = last ? last->take(size) : nullptr;
+    const TagData::User piece(copy ? last->use() : TagData::makeWithRoom(size, last).release());
+    if (!copy) copy = piece->bytes();
+    std::memcpy(copy, data, size);
+    CTagTree* node = privSaveStatic(tag, type, copy, size);
+    node->owned_ = piece->use();
     return node;
+}
+
+// The piece that the data copied last lies in, where one of the last children holds it.
+TagData* CTagTree::lastData() const {
+    for (int index = count() - 1; index >= 0 && index >= count() - kLookBack; --index)
+        if (TagData* data = static_cast<CTagTree*>(at(index))->owned_) return data;
+    return nullptr;
 }
 
 CTagTree* CTagTree::privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size) {
@@ -152,8 +163,8 @@ CTagTree* CTagTree::newChild() const {
 }
 
 // Sets the sizes of the sections at and below this one, each the bytes of its blocks in word 1, where its
-// position will stand, and returns those of this one. The sizes are those of the file only while the result is
-// below 4 GB. Data that is not in memory cannot be written: invalidFile.
+// position will stand, and returns those of this one. The sizes are those of the file only while the result
+// is below 4 GB. Data that is not in memory cannot be written: invalidFile.
 ULONGLONG CTagTree::CalcAllSize() {
     if (!isSectionTag(header_.type)) return 0;
     ULONGLONG total = sumSizes();

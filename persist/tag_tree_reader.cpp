@@ -180,8 +180,8 @@ bool TagTreeReader::loadData(Nodes nodes, TagRow* row) {
     return whole;
 }
 
-// Loads one piece of the file that holds the blocks of all data nodes of the run; it belongs to the row, or else
-// to the nodes.
+// Loads one piece of the file that holds the blocks of all data nodes of the run; it belongs to the row, or
+// else to the nodes.
 void TagTreeReader::loadRun(Nodes run, ULONGLONG size, TagRow* row) {
     const DWORD start = at(run, 0).header_.word1;
     TagData::User data = TagData::make(static_cast<std::size_t>(size));

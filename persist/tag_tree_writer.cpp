@@ -68,6 +68,7 @@ int TagTreeWriter::putTable(CTagTree& section) {
             auto* node = static_cast<CTagTree*>(section.at(index));
             section.expect(index + kExpectAhead);
             if (!isImmediateTag(node->header_.type)) {
+                // CalcAllSize left a section's size where its position belongs.
                 const bool isSection = isSectionTag(node->header_.type);
                 const DWORD blocks = isSection ? node->header_.word1 : paddedTagSize(node->header_.word0);
                 node->header_.word1 = position;

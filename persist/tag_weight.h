@@ -1,6 +1,6 @@
 #pragma once
-// What a node of a tag tree weighs: the bytes of its data in a file. Open are sections, and data that a writer
-// does not have in memory.
+// What a node of a tag tree weighs: the bytes of its data in a file. Open are sections, and data that a
+// writer does not have in memory.
 
 #include "korutil/tag_tree.h"
 #include "persist/children.h"
@@ -17,6 +17,4 @@ constexpr DWORD tagWeight(DWORD type, DWORD word0, bool inMemory) {
 }  // namespace kor
 
 // To be called after every change of the header or the data.
-inline void CTagTree::weigh() {
-    setWeight(kor::tagWeight(header_.type, header_.word0, data_ != nullptr));
-}
+inline void CTagTree::weigh() { setWeight(kor::tagWeight(header_.type, header_.word0, data_ != nullptr)); }

@@ -19,63 +19,69 @@ struct ArmLayout {
     SIZE_T block = 0;  // bytes of everything
 };
 
+// Whether the sizes can be represented.
 bool layOut(DWORD elementSize, Counts counts, ArmLayout& layout) {
-    CheckedSize row(elementSize);
-    row *= counts.back();
-    row.roundUpToWords();
-    CheckedSize tables;
-    CheckedSize data = row;
+    SIZE_T size;
+    if (__builtin_mul_overflow(SIZE_T{elementSize}, counts.back(), &size)) return false;
+    if (__builtin_add_overflow(size, kWord - 1, &size)) return false;
+    layout.row = size -= size % kWord;
     for (std::size_t k = counts.size() - 1; k-- > 0;) {
-        tables += CheckedSize(kWord);
-        tables *= counts[k];
-        data *= counts[k];
+        // A table's entry, and what it leads to.
+        if (__builtin_add_overflow(size, kWord, &size)) return false;
+        if (__builtin_mul_overflow(size, counts[k], &size)) return false;
     }
-    CheckedSize block(ArmHeader::bytes(static_cast<DWORD>(counts.size())));
-    block += tables;
-    block += data;
-    layout = {row.value(), block.value()};
-    return row.fits() && block.fits();
+    const std::size_t header = ArmHeader::bytes(static_cast<DWORD>(counts.size()));
+    return !__builtin_add_overflow(size, header, &layout.block);
 }
 
-// Fills the tables in the order in which they and the rows stand: whatever an entry leads to, with all that
-// belongs to it, follows before what the next entry leads to.
-class TableWalk {
-  public:
-    TableWalk(Counts counts, SIZE_T row) : counts_(counts), row_(row) {}
+// Fills a table whose entries lead to rows, which follow it. @return where the last row ends
+char* fillRows(char** entry, DWORD count, SIZE_T row) {
+    char** const end = entry + count;
+    auto* cursor = reinterpret_cast<char*>(end);
+    for (; entry != end; cursor += row)
+        *entry++ = cursor;
+    return cursor;
+}
 
-    /// Fills the table of a level at `cursor` and everything below it. @return where that ends
-    char* fill(std::size_t level, char* cursor) const {
-        auto* entry = reinterpret_cast<char**>(cursor);
-        char** const end = entry + counts_[level];
-        cursor = reinterpret_cast<char*>(end);
-        if (level + 2 == counts_.size()) {
-            for (const SIZE_T row = row_; entry != end; cursor += row)
-                *entry++ = cursor;
-            return cursor;
-        }
-        while (entry != end) {
-            *entry++ = cursor;
-            cursor = fill(level + 1, cursor);
-        }
-        return cursor;
+// Fills a table and all below it in the order in which they stand: whatever an entry leads to, with all that
+// belongs to it, follows before what the next entry leads to. @return where that ends
+[[gnu::noinline]] char* fillTables(char** entry, Counts counts, SIZE_T row) {
+    if (counts.size() == 2) return fillRows(entry, counts[0], row);
+    char** const end = entry + counts[0];
+    auto* cursor = reinterpret_cast<char*>(end);
+    while (entry != end) {
+        *entry++ = cursor;
+        cursor = fillTables(reinterpret_cast<char**>(cursor), counts.subspan(1), row);
     }
+    return cursor;
+}
 
-  private:
-    Counts counts_;
-    SIZE_T row_;
-};
+// A runtime may keep small blocks at hand for malloc alone; for large ones it may know that they are zero.
+constexpr SIZE_T kSmallBlock = 1024;
 
-void* newBlock(HANDLE heap, SIZE_T size) {
-    return heap == nullptr ? std::calloc(1, size) : HeapAlloc(heap, HEAP_ZERO_MEMORY, size);
+// A function of its own, so that the compiler takes the runtime's memset for small sizes too.
+[[gnu::noinline]] void clear(char* from, SIZE_T size) { std::memset(from, 0, size); }
+
+// A block that is zero from the array on.
+void* newBlock(HANDLE heap, SIZE_T header, SIZE_T size) {
+    if (heap != nullptr) return HeapAlloc(heap, HEAP_ZERO_MEMORY, size);
+    if (size > kSmallBlock) return std::calloc(1, size);
+    auto* block = static_cast<char*>(std::malloc(size));
+    if (block != nullptr) clear(block + header, size - header);
+    return block;
 }
 
 void* makeArray(HANDLE heap, DWORD elementSize, DWORD typeTag, Counts counts) {
     ArmLayout layout;
     if (elementSize >= kElementSizeLimit || !layOut(elementSize, counts, layout)) return nullptr;
-    void* block = newBlock(heap, layout.block);
+    void* block = newBlock(heap, ArmHeader::bytes(static_cast<DWORD>(counts.size())), layout.block);
     if (block == nullptr) return nullptr;
     void* array = ArmHeader::write(block, layout.block, heap, elementSize, typeTag, counts);
-    if (counts.size() > 1) TableWalk(counts, layout.row).fill(0, static_cast<char*>(array));
+    auto** top = static_cast<char**>(array);
+    if (counts.size() == 2)
+        fillRows(top, counts[0], layout.row);
+    else if (counts.size() > 2)
+        fillTables(top, counts, layout.row);
     return array;
 }
 

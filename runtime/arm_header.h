@@ -64,29 +64,4 @@ class ArmHeader {
     UINT_PTR* end_;
 };
 
-/// A size in bytes that notices when it can no longer be represented, and then stays so.
-class CheckedSize {
-  public:
-    explicit CheckedSize(SIZE_T value = 0) : value_(value) {}
-    bool fits() const { return fits_; }
-    SIZE_T value() const { return value_; }
-    CheckedSize& operator+=(const CheckedSize& other) {
-        fits_ = !__builtin_add_overflow(value_, other.value_, &value_) && fits_ && other.fits_;
-        return *this;
-    }
-    CheckedSize& operator*=(SIZE_T factor) {
-        fits_ = !__builtin_mul_overflow(value_, factor, &value_) && fits_;
-        return *this;
-    }
-    CheckedSize& roundUpToWords() {
-        *this += CheckedSize(kWord - 1);
-        value_ -= value_ % kWord;
-        return *this;
-    }
-
-  private:
-    SIZE_T value_;
-    bool fits_ = true;
-};
-
 }  // namespace kor

@@ -5,15 +5,15 @@
 /// Each node has a tag id, which the caller chooses, and a type word: kind bits, and either an element code
 /// or the caller's version (bits 0 to 26).
 ///
-/// | type word             | made by                              | content |
-/// |-----------------------|--------------------------------------|--------------------------------------------|
-/// | 0x80000014            | SaveLong                             | signed 32-bit value | | 0x80000088 |
-/// SaveDouble                           | double                                     | | 0x80000108 |
-/// SavePoint                            | point, two 32-bit values                   | | 0x10000011 |
-/// SaveString                           | text with its terminating zero             | | 0x10000088 |
-/// SaveDblArray, SaveStaticDblArray     | doubles                                    | | 0x20000000 or
-/// version | SaveTemporaryBuffer, SaveStaticBuffer| bytes                                      | | 0x40000000
-/// or version | CreateSection, CRootTagTree          | children                                   |
+/// | type word  | made by, content |
+/// |------------|------------------|
+/// | 0x80000014 | SaveLong: signed 32-bit value |
+/// | 0x80000088 | SaveDouble: double |
+/// | 0x80000108 | SavePoint: point, two 32-bit values |
+/// | 0x10000011 | SaveString: text with its terminating zero |
+/// | 0x10000088 | SaveDblArray, SaveStaticDblArray: doubles |
+/// | 0x20000000 or version | SaveTemporaryBuffer, SaveStaticBuffer: bytes |
+/// | 0x40000000 or version | CreateSection, CRootTagTree: children |
 ///
 /// The kind of a node is its type word with bits 0 to 26 cleared. Ids need not be unique; look-up by id finds
 /// the first child of that id and kind.
@@ -24,10 +24,10 @@
 /// node are not written.
 ///
 /// A node's children are deleted with it, and so is data that the tree has copied. Nodes that a tree makes
-/// share storage with their neighbours, in pieces of up to 1,024 nodes and, where they were read, 64 KB of
-/// data; a piece is released with the last node that uses it. So the nodes of one tree belong to one thread
-/// at a time, also after they were moved to different trees; otherwise different trees may be used by
-/// different threads.
+/// share storage with their neighbours, in pieces of up to 1,024 nodes and of up to 64 KB of data; a piece is
+/// released with the last of the nodes that share it. So the nodes of one tree belong to one thread at a
+/// time, also after they were moved to different trees; otherwise different trees may be used by different
+/// threads.
 
 #include "korutil/tree.h"
 
@@ -143,6 +143,7 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     CTagTree* addNode(const Header& header, const void* data = nullptr);
     CTagTree* privSaveBuffer(DWORD tag, DWORD type, const void* data, std::size_t size);
     CTagTree* privSaveStatic(DWORD tag, DWORD type, const void* data, std::size_t size);
+    kor::TagData* lastData() const;
     CFile* rootFile() const;
     void dropData();
     void weigh();

@@ -25,8 +25,7 @@ class TagTreeWriter;
 
 /// Turns a navigation code into an index.
 /// @param code     0 the first, 0x7FFFFFFF the last, -1 the one after `current`, -2 `current`, -3 the one
-/// before it;
-///                 every other value stands for itself
+///                 before it; every other value stands for itself
 /// @param current  the index that relative codes start from
 /// @param count    number of entries
 /// @return the index, raised to 0 and then lowered to count - 1; so -1 when there are no entries
