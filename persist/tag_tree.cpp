@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <typeinfo>
 
 #include "korutil/framework/file_exception.h"
@@ -52,7 +53,9 @@ void CTagTree::operator delete(void*, void*) noexcept {}
 CKorSimpleTree* CTagTree::AddNewKnot(CKorSimpleTree* node, CKorSimpleTree* before) {
     if (node) return CKorSimpleTree::AddNewKnot(node, before);
     reserve(count() + 1);
-    return CKorSimpleTree::AddNewKnot(newChild(), before);
+    std::unique_ptr<CTagTree> child(newChild());
+    CKorSimpleTree::AddNewKnot(child.get(), before);
+    return child.release();
 }
 
 CTagTree* CTagTree::SaveLong(DWORD tag, LONG value) {

@@ -1,6 +1,7 @@
 // Message boxes without a screen.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <stdlib.h>
 #include <termios.h>
 #include <unistd.h>
@@ -51,14 +52,22 @@ class Terminal {
     void type(const std::string& keys) const {
         EXPECT_EQ(write(master_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
+    // What was written so far: it arrives piece by piece.
     std::string shown() const {
-        std::string text(4096, '\0');
-        const ssize_t count = read(master_, text.data(), text.size());
-        text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+        std::string text;
+        pollfd ready{master_, POLLIN, 0};
+        char piece[256];
+        while (poll(&ready, 1, kPatience) > 0) {
+            const ssize_t count = read(master_, piece, sizeof(piece));
+            if (count <= 0) break;
+            text.append(piece, static_cast<std::size_t>(count));
+        }
         return text;
     }
 
   private:
+    static constexpr int kPatience = 200;  // milliseconds
+
     int master_;
     int slave_ = -1;
 };
