@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "framework/multibyte.h"
 #include "host/argument_reader.h"
 #include "host/conversion.h"
 #include "host/format_number.h"
@@ -11,21 +12,38 @@
 namespace kor {
 namespace {
 
-// Takes characters until the buffer is full.
+// Takes whole characters until the buffer is full.
 class Sink {
   public:
     explicit Sink(std::span<char> room) : room_(room) {}
 
-    void put(std::string_view text) { used_ += text.copy(room_.data() + used_, room_.size() - used_); }
+    void put(std::string_view text) {
+        std::size_t fits = text.size();
+        if (fits > room_.size()) {
+            fits = 0;
+            while (const std::size_t length = characterLength(text.substr(fits))) {
+                if (fits + length > room_.size()) break;
+                fits += length;
+            }
+            room_ = room_.first(fits);
+        }
+        text.copy(room_.data(), fits);
+        take(fits);
+    }
     void fill(char character, int count) {
         if (count <= 0) return;
-        const std::size_t fitting = std::min(static_cast<std::size_t>(count), room_.size() - used_);
-        std::memset(room_.data() + used_, character, fitting);
-        used_ += fitting;
+        const std::size_t fitting = std::min(static_cast<std::size_t>(count), room_.size());
+        std::memset(room_.data(), character, fitting);
+        take(fitting);
     }
     std::size_t used() const { return used_; }
 
   private:
+    void take(std::size_t count) {
+        room_ = room_.subspan(count);
+        used_ += count;
+    }
+
     std::span<char> room_;
     std::size_t used_ = 0;
 };

@@ -1,4 +1,5 @@
 // Making arm arrays, and changing the count of those of one dimension.
+#include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <cstdlib>
@@ -120,19 +121,23 @@ BOOL KORUTIL_CALL armReAlloc(void** array, LONG count) {
     const auto newCount = static_cast<DWORD>(count);
     ArmLayout layout;
     if (!layOut(header.elementSize(), Counts(&newCount, 1), layout)) return 0;
+    const SIZE_T kept = SIZE_T{header.elementSize()} * std::min(header.count(0), newCount);
+    const SIZE_T known = std::min(header.blockSize(), layout.block) - ArmHeader::bytes(1);
     auto* block = static_cast<char*>(resizeBlock(header, layout.block));
     if (block == nullptr) return 0;
     ArmHeader moved(block + ArmHeader::bytes(1));
+    // What is padding now, or was, is an element's when the array grows again.
+    std::memset(static_cast<char*>(moved.array()) + kept, 0, known - kept);
     moved.setBlockSize(layout.block);
     moved.setCount(0, newCount);
     *array = moved.array();
     return 1;
 }
 
-BOOL KORUTIL_CALL armReSize(void** array, LONG count, DWORD elementSize, DWORD typeTag, HANDLE heap) {
-    if (array == nullptr || count < 0) return 0;
-    if (*array != nullptr) return armReAlloc(array, count);
-    *array = armAlloc(static_cast<DWORD>(count), elementSize, typeTag, heap);
+BOOL KORUTIL_CALL armReSize(void** array, DWORD count, DWORD elementSize, DWORD typeTag, HANDLE heap) {
+    if (array == nullptr) return 0;
+    if (*array != nullptr) return armReAlloc(array, static_cast<LONG>(count));
+    *array = armAlloc(count, elementSize, typeTag, heap);
     return *array != nullptr;
 }
 

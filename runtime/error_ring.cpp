@@ -1,7 +1,8 @@
 #include "runtime/error_ring.h"
 
+#include <array>
 #include <memory>
-#include <typeinfo>
+#include <utility>
 
 #include "korutil/framework/ptr_array.h"
 #include "runtime/immortal.h"
@@ -14,6 +15,9 @@ constexpr int kSlots = 8;
 struct ErrorRing {
     CPtrArray slots;  // owned errors and nulls; empty until the first placement and after clearing
     int next = 0;     // the slot that the next placement fills; not reset by clearing
+    std::array<bool, kSlots> made{};  // which of them makeError made
+    CGeneralError* spare =
+        nullptr;  // one that left the ring, to be filled anew: most errors then need no memory
 };
 
 ErrorRing& errorRing() {
@@ -32,26 +36,20 @@ void** readySlots(ErrorRing& ring) {
 
 int before(int slot) { return slot == 0 ? kSlots - 1 : slot - 1; }
 
-void deleteSlot(void*& slot) {
-    auto* error = static_cast<CKorError*>(slot);
-    slot = nullptr;
-    error->Delete();
-}
-
 struct DeleteError {
     void operator()(CKorError* error) const { error->Delete(); }
 };
+using ErrorOwner = std::unique_ptr<CKorError, DeleteError>;
 
-// The error that the next placement would delete, when it is one of ours, taken out of the ring to be filled
-// anew: most errors then need no memory. Null when there is none.
-CGeneralError* takeOldest() {
-    ErrorRing& ring = errorRing();
-    if (ring.slots.GetSize() == 0) return nullptr;
-    void*& slot = ring.slots.GetData()[ring.next];
-    auto* oldest = static_cast<CKorError*>(slot);
-    if (!oldest || typeid(*oldest) != typeid(CGeneralError)) return nullptr;
-    slot = nullptr;
-    return static_cast<CGeneralError*>(oldest);
+ErrorOwner takeFrom(void*& slot) { return ErrorOwner(static_cast<CKorError*>(std::exchange(slot, nullptr))); }
+
+// Empties the slot that is to be filled. The error's own Delete may do anything to the ring, so nothing of
+// the ring is held meanwhile.
+void evictOldest(ErrorRing& ring) {
+    const int slot = ring.next;
+    ErrorOwner oldest = takeFrom(readySlots(ring)[slot]);
+    if (oldest && ring.made[static_cast<std::size_t>(slot)] && !ring.spare)
+        ring.spare = static_cast<CGeneralError*>(oldest.release());
 }
 
 }  // namespace
@@ -69,18 +67,24 @@ CMemError& memoryError() {
     return *error;
 }
 
-void placeOwnedError(CKorError* error) {
-    std::unique_ptr<CKorError, DeleteError> owner(error);
+namespace {
+
+void place(ErrorOwner error, bool made) {
     ErrorRing& ring = errorRing();
-    void*& slot = readySlots(ring)[ring.next];
-    if (slot) deleteSlot(slot);
-    slot = owner.release();
+    readySlots(ring);
+    evictOldest(ring);
+    readySlots(ring)[ring.next] = error.release();
+    ring.made[static_cast<std::size_t>(ring.next)] = made;
     ring.next = ring.next + 1 == kSlots ? 0 : ring.next + 1;
 }
 
+}  // namespace
+
+void placeMadeError(CGeneralError* error) { place(ErrorOwner(error), true); }
+
 CGeneralError* makeError(UINT code, UINT number, const char* errorText, void* errorArguments,
                          const char* debugText, void* debugArguments, UINT helpContext, HINSTANCE instance) {
-    std::unique_ptr<CGeneralError> error(takeOldest());
+    std::unique_ptr<CGeneralError> error(std::exchange(errorRing().spare, nullptr));
     if (error)
         ErrorRenewal::renew(*error, code);
     else
@@ -97,13 +101,13 @@ using namespace kor;
 BOOL KORUTIL_CALL appPlaceError(UINT code, UINT number, const char* errorText, void* errorArguments,
                                 const char* debugText, void* debugArguments, UINT helpContext,
                                 HINSTANCE instance) {
-    placeOwnedError(
+    placeMadeError(
         makeError(code, number, errorText, errorArguments, debugText, debugArguments, helpContext, instance));
     return 1;
 }
 
 BOOL KORUTIL_CALL appPlaceErrorObject(const CKorError& error) {
-    placeOwnedError(error.Duplicate());
+    place(ErrorOwner(error.Duplicate()), false);
     return 1;
 }
 
@@ -117,16 +121,16 @@ BOOL KORUTIL_CALL appRemoveLastError() {
     ErrorRing& ring = errorRing();
     if (ring.slots.GetSize() == 0) return 0;
     ring.next = before(ring.next);  // also over an empty slot: required
-    void*& slot = ring.slots.ElementAt(ring.next);
-    if (!slot) return 0;
-    deleteSlot(slot);
-    return 1;
+    return takeFrom(ring.slots.ElementAt(ring.next)) ? 1 : 0;
 }
 
 void KORUTIL_CALL appClearErrors() {
-    CPtrArray& slots = errorRing().slots;
-    for (int slot = slots.GetUpperBound(); slot >= 0; --slot) {
-        if (slots.GetAt(slot)) deleteSlot(slots.ElementAt(slot));
-    }
-    slots.RemoveAll();
+    ErrorRing& ring = errorRing();
+    std::array<ErrorOwner, kSlots> errors;
+    for (int slot = 0; slot < ring.slots.GetSize(); ++slot)
+        errors[static_cast<std::size_t>(slot)] = takeFrom(ring.slots.ElementAt(slot));
+    ring.slots.RemoveAll();
+    const std::unique_ptr<CGeneralError> spare(std::exchange(ring.spare, nullptr));
+    for (auto error = errors.rbegin(); error != errors.rend(); ++error)
+        error->reset();
 }

@@ -8,11 +8,11 @@ namespace kor {
 /// The process's one memory error.
 CMemError& memoryError();
 
-/// Places an error that the ring takes over, also when placing it fails.
-void placeOwnedError(CKorError* error);
-
-/// A new error as appPlaceError describes it, not placed yet; its owner ends it with Delete.
+/// An error as appPlaceError describes it, not placed yet; its owner ends it with Delete.
 CGeneralError* makeError(UINT code, UINT number, const char* errorText, void* errorArguments,
                          const char* debugText, void* debugArguments, UINT helpContext, HINSTANCE instance);
+
+/// Places an error that makeError made. The ring takes it over, also when placing it fails.
+void placeMadeError(CGeneralError* error);
 
 }  // namespace kor

@@ -71,7 +71,7 @@ void KORUTIL_CALL appThrowException(UINT code, UINT number, const char* errorTex
                                     HINSTANCE instance) {
     CGeneralError* error =
         makeError(code, number, errorText, errorArguments, debugText, debugArguments, helpContext, instance);
-    placeOwnedError(error);
+    placeMadeError(error);
     throw new CKorException(*error);
 }
 

@@ -17,8 +17,9 @@ HWND defaultParent() {
 }
 
 int displayWarning(UtlWarningRecord& record) {
-    return processState().displayHook ? menuCallFirstHook(kWarningHook, &record)
-                                      : utlShowWarningProc(&record);
+    // Whoever ends the hook's chain does not silence the warnings.
+    const bool isHooked = processState().displayHook && menuGetFirstHook(kWarningHook);
+    return isHooked ? menuCallFirstHook(kWarningHook, &record) : utlShowWarningProc(&record);
 }
 
 }  // namespace kor

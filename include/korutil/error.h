@@ -248,7 +248,9 @@ KORUTIL_THROWS appThrowLastError(UINT number);
 /// A file error, with a text for the user chosen by the code: not found (2, 0x80030002), access denied (5,
 /// 0x80030005), not enough memory (8, 0x80030008), any other.
 /// @param resultCode  the system's or structured storage's code
-/// @param fileName    name of the file, put into the text; null for none
+/// @param fileName    name of the file, put into the text; null for none: the text for "not found" is then
+/// shown with
+///                    its place for the name as it stands, which is required
 /// @param mode        2 when the file was to be written: says so for access denied
 KORUTIL_THROWS appThrowFileError(LONG resultCode, UINT number, const char* fileName, UINT mode);
 

@@ -49,7 +49,8 @@ struct MenuHook {
 /// @return 1; 0 when memory is short
 KORUTIL_API int KORUTIL_CALL menuInitHook(UINT id, MenuHookHandler defaultHandler);
 
-/// Ends a hook's chain; handlers that are still linked are no longer called.
+/// Ends a hook's chain; handlers that are still linked are no longer called. Warnings of a library whose hook
+/// 14061 was ended go to its default display.
 /// @return 1; 0 when the id has no chain
 KORUTIL_API int KORUTIL_CALL menuExitHook(UINT id);
 

@@ -63,7 +63,7 @@ KORUTIL_API BOOL KORUTIL_CALL armReAlloc(void** array, LONG count);
 /// only for the first.
 /// @param array  address of P
 /// @return 1, or 0 on failure
-KORUTIL_API BOOL KORUTIL_CALL armReSize(void** array, LONG count, DWORD elementSize, DWORD typeTag,
+KORUTIL_API BOOL KORUTIL_CALL armReSize(void** array, DWORD count, DWORD elementSize, DWORD typeTag,
                                         HANDLE heap);
 
 /// Sees to room: does nothing while dimension 0 holds the needed count, else `armReAlloc` to needed + extra.
@@ -107,7 +107,9 @@ KORUTIL_API void* KORUTIL_CALL armShiftPointers(void* array, DWORD shift);
 KORUTIL_API void* KORUTIL_CALL GlobalAllocPtr(UINT flags, SIZE_T size);
 
 /// Resizes such a block.
-/// @return the locked block; null on failure: the old one is locked again and stays valid
+/// @return the locked block; null on failure: the old one is locked again and stays valid. A movable block
+/// that is
+///         resized to 0 bytes is freed, and the result is null too
 KORUTIL_API void* KORUTIL_CALL GlobalReAllocPtr(void* block, SIZE_T size, UINT flags);
 
 /// Unlocks and frees such a block. @return null on success and for what is no such block, else its handle

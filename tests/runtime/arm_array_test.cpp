@@ -246,7 +246,6 @@ TEST(ArmArray, OnlyOneDimensionCanBeResized) {
 
 TEST(ArmArray, ReSizeMakesTheArrayOnFirstUse) {
     void* array = nullptr;
-    EXPECT_FALSE(armReSize(&array, -1, 4, kTag, nullptr));
     ASSERT_TRUE(armReSize(&array, 3, 4, kTag, nullptr));
     static_cast<std::int32_t*>(array)[2] = 7;
     ASSERT_TRUE(armReSize(&array, 6, 1, 0, GetProcessHeap())) << "the last three are ignored now";
@@ -256,6 +255,16 @@ TEST(ArmArray, ReSizeMakesTheArrayOnFirstUse) {
     EXPECT_EQ(tag, kTag);
     EXPECT_EQ(armGetHeap(array), nullptr);
     EXPECT_EQ(static_cast<std::int32_t*>(array)[2], 7);
+    EXPECT_FALSE(armReSize(&array, 0x80000000, 4, kTag, nullptr)) << "beyond a signed count";
+    EXPECT_TRUE(armFreeReset(&array));
+}
+
+TEST(ArmArray, ElementsThatComeBackAreZero) {
+    void* array = armAlloc(3, 1, 0, nullptr);
+    std::memcpy(array, "xxx", 3);
+    ASSERT_TRUE(armReAlloc(&array, 1));
+    ASSERT_TRUE(armReAlloc(&array, 3)) << "within the padding";
+    EXPECT_EQ(std::memcmp(array, "x\0\0", 3), 0);
     EXPECT_TRUE(armFreeReset(&array));
 }
 

@@ -128,6 +128,25 @@ TEST_F(ErrorRing, AnErrorOfTheRingMayBePlacedAgain) {
     EXPECT_EQ(lastCode(), 1u);
 }
 
+TEST_F(ErrorRing, AnErrorMayClearTheRingWhileItIsDeleted) {
+    struct Clearing : CountedError {
+        using CountedError::CountedError;
+        CKorError* Duplicate() const override { return new Clearing(GetErrorCode()); }
+        void Delete() override {
+            appClearErrors();
+            delete this;
+        }
+    };
+    for (DWORD code = 1; code <= 9; ++code)
+        appPlaceErrorObject(Clearing(code));
+    ASSERT_NE(appGetLastErrorObject(), nullptr);
+    EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), 9u);
+    appPlaceErrorObject(Clearing(10));
+    appClearErrors();
+    EXPECT_EQ(appGetLastErrorObject(), nullptr);
+    EXPECT_EQ(CountedError::alive, 0);
+}
+
 TEST_F(ErrorRing, TheMemoryErrorIsOneObject) {
     EXPECT_EQ(appPlaceMemoryError(), 1);
     CKorError* const error = appGetLastErrorObject();

@@ -6,6 +6,7 @@
 #include "korutil/error.h"
 #include "korutil/framework/memory_exception.h"
 #include "korutil/host.h"
+#include "korutil/lifecycle.h"
 #include "korutil/warning.h"
 #include "platform/win32.h"
 #include "resources/ids.h"
@@ -35,6 +36,16 @@ TEST(WarningShown, BeforeTheStartTheDefaultProcedureShowsIt) {
     EXPECT_EQ(button, IDOK);
     EXPECT_TRUE(contains(shown, "Lens 3")) << shown;
     EXPECT_TRUE(contains(shown, "Lumetra")) << shown;
+}
+
+TEST(WarningShown, AlsoWhenSomebodyHasEndedTheHooksChain) {
+    ASSERT_TRUE(utlInitDLL1("Measuring"));
+    menuExitHook(14061);
+    EXPECT_EQ(shownBy([] { EXPECT_EQ(utlWarning(nullptr, nullptr, "still told", MB_OK), IDOK); }),
+              "Measuring: still told\n");
+    utlExitDLL();
+    utlInitDLL1(nullptr);
+    utlExitDLL();
 }
 
 TEST(WarningShown, EachKindOfTheDefaultProcedure) {
@@ -127,6 +138,22 @@ TEST(ErrorWithoutMemory, PlacingThrowsAndLeavesTheRingAsItWas) {
     });
     EXPECT_EQ(failures, 3) << "the object and its two texts";
     EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), 2u);
+    appClearErrors();
+}
+
+TEST(ErrorWithoutMemory, AFullRingLosesNothing) {
+    appClearErrors();
+    for (UINT code = 1; code <= 8; ++code)
+        appPlaceError(code, 1, "text", nullptr, nullptr, nullptr, 0, nullptr);
+    {
+        kor::test::FailingAllocation failing(1, kor::test::FailingAllocation::After::fails);
+        EXPECT_THROW(appPlaceError(9, 1, "text", nullptr, nullptr, nullptr, 0, nullptr), CMemoryException*);
+    }
+    for (UINT code = 8; code >= 1; --code) {
+        ASSERT_NE(appGetLastErrorObject(), nullptr) << code;
+        EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), code);
+        appRemoveLastError();
+    }
     appClearErrors();
 }
 
