@@ -23,7 +23,7 @@ scripts/setup-native.sh || exit 1
 scripts/suite.sh native "$counts" || result=1
 
 if [ "$windows" != no ]; then
-  reason=$(scripts/setup-windows.sh | tail -n 1; exit "${PIPESTATUS[0]}")
+  reason=$(scripts/setup-windows.sh | tee /dev/stderr | tail -n 1; exit "${PIPESTATUS[0]}")
   if [ $? -eq 0 ]; then
     scripts/suite.sh win32 "$counts" || result=1
   elif [ "$windows" = required ]; then
@@ -31,7 +31,7 @@ if [ "$windows" != no ]; then
     echo "0 1 0" >>"$counts"
     result=1
   else
-    echo "The Windows target is left out: ${reason#setup: }"
+    echo "The Windows target is left out: ${reason#setup: }."
   fi
 fi
 

@@ -53,6 +53,7 @@ elif [ -e "$marker" ] && [ -z "$(find "$marker" -mmin +1440 2>/dev/null)" ]; the
 else
   apt update
 fi
+[ "${#wanted[@]}" -eq 0 ] || echo "setup: installing, where they are to be had, ${wanted[*]}"
 for package in "${wanted[@]}"; do
   apt install -y --no-install-recommends "$package" || echo "setup: $package is not to be had here; going on without it"
 done

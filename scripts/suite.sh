@@ -9,7 +9,7 @@ build=build/$preset
 
 configure_log=$build/configure.log
 mkdir -p "$build"
-echo "== $preset: configuring and building"
+echo "== $preset: configuring and building (minutes the first time; the log is in $build/build.log)"
 if ! cmake --preset "$preset" >"$configure_log" 2>&1; then
   tail -n 30 "$configure_log"
   echo "0 1 0" >>"$counts"

@@ -8,7 +8,7 @@
 /// eight most recent ones.
 ///
 ///     try {
-///         tree.Load(file);
+///         tree.ReadTree();
 ///     } catch (CException* exception) {
 ///         appHandleException(exception);  // shows it and deletes it
 ///     }

@@ -24,7 +24,7 @@ namespace {
 struct Places {
     std::string folder;
     std::string nativeFile, nativeOther, nativeFolder;
-    std::string file, other, inner, otherCase, pattern;
+    std::string file, other, inner, otherCase, pattern, temporary;
 
     Places() {
         char name[] = "/tmp/kor-shortage-XXXXXX";
@@ -38,6 +38,7 @@ struct Places {
         inner = windows(nativeFolder);
         otherCase = windows(folder + "/FILE.TXT");
         pattern = windows(folder + "/*");
+        temporary = windows(folder);
     }
     ~Places() { std::filesystem::remove_all(folder); }
     Places(const Places&) = delete;
@@ -90,7 +91,7 @@ constexpr Call kCalls[] = {
     {"GetTempPathA", [] { return GetTempPathA(sizeof buffer, buffer) != 0; }},
     {"GetTempFileNameA",
      [] {
-         const UINT made = GetTempFileNameA("Z:\\tmp", "kor", 0, buffer);
+         const UINT made = GetTempFileNameA(places->temporary.c_str(), "kor", 0, buffer);
          return made != 0 && DeleteFileA(buffer);
      }},
     {"korNativePath",
