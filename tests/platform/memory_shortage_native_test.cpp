@@ -38,9 +38,13 @@ struct Places {
         inner = windows(nativeFolder);
         otherCase = windows(folder + "/FILE.TXT");
         pattern = windows(folder + "/*");
-        temporary = windows(folder);
+        std::filesystem::create_directory(folder + "-temporary");  // a shortage may leave files there
+        temporary = windows(folder + "-temporary");
     }
-    ~Places() { std::filesystem::remove_all(folder); }
+    ~Places() {
+        std::filesystem::remove_all(folder);
+        std::filesystem::remove_all(folder + "-temporary");
+    }
     Places(const Places&) = delete;
     Places& operator=(const Places&) = delete;
 
