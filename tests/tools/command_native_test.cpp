@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "tests/tools/run_korutil.h"
 
@@ -51,7 +52,10 @@ TEST(Command, WrongUsageIsOneLineAndStatus2) {
         {"nonsense"},
         {"-h"},
         {"tree"},
+        {"--help", "tree"},
+        {"--version", "--nonsense"},
         {"tree", "nonsense"},
+        {"tree", "--help", "show"},
         {"tree", "show"},
         {"tree", "show", "a", "b"},
         {"tree", "show", "a", "--nonsense"},
@@ -115,7 +119,7 @@ TEST(Command, FilesThatCannotBeUsedAreNamedWithTheReason) {
         {{"tree", "show", "empty"}, "korutil: empty: it is empty\n"},
         {{"tree", "show", "zeros"}, "korutil: zeros: it is no parameter tree, or is damaged\n"},
         {{"tree", "show", "zeros", "--offset", "64"},
-         "korutil: zeros: offset 64 lies behind its end (64 bytes)\n"},
+         "korutil: zeros: offset 64 is not inside it (64 bytes)\n"},
         {{"tree", "set", "text", "1", "long", "5"},
          "korutil: text: it is no parameter tree, or was cut off\n"},
         {{"tree", "show", "a\nb"},
@@ -139,6 +143,43 @@ TEST(Command, FilesThatCannotBeUsedAreNamedWithTheReason) {
         EXPECT_EQ(outcome.err, c.err);
     }
     EXPECT_EQ(folder.names(), (std::vector<std::string>{"a\nb", "empty", "text", "tree.json", "zeros"}));
+}
+
+// The library would write to the device, or to nothing, whatever the system calls by that name.
+TEST(Command, ANameOfADeviceIsRefused) {
+    const WorkFolder folder;
+    folder.write("tree.json", kSmallTree);
+    folder.write("con.json", kSmallTree);
+    for (const std::string name : {"aux.tag", "nul", "PRN.x", "lpt9", "conin$"}) {
+        const Outcome outcome = run(folder, {"tree", "from-json", "tree.json", name});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err,
+                  "korutil: " + name + ": '" + name + "' is the name of a device for the library\n");
+    }
+    EXPECT_EQ(run(folder, {"tree", "show", "con.json"}).status, 1);
+    EXPECT_EQ(run(folder, {"tree", "from-json", "con.json", "console.aux"}).status, 0);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"con.json", "console.aux", "tree.json"}));
+}
+
+TEST(Command, MessagesNameWhatIsMissing) {
+    const WorkFolder folder;
+    EXPECT_EQ(run(folder, {"tree", "set", "a", "1"}).err,
+              "korutil: tree set: TYPE is missing; see korutil tree set --help\n");
+    EXPECT_EQ(
+        run(folder, {"tree", "show", "--offset", "m.tag"}).err,
+        "korutil: tree show: option --offset takes a whole number from 0 to 4294967295, not 'm.tag'; see "
+        "korutil tree show --help\n");
+    EXPECT_EQ(run(folder, {"tree", "show", "\x1B\xC2\x9B\xC2\xA0"}).err,
+              "korutil: \\x1B\\xC2\\x9B\xC2\xA0: No such file or directory\n");
+}
+
+TEST(Command, AFolderThatTheCodePageLacksIsNamed) {
+    const WorkFolder folder;
+    folder.write("a", kSmallTree);
+    std::filesystem::create_directory(folder.path("日"));
+    std::filesystem::rename(folder.path("a"), folder.path("日/a"));
+    EXPECT_EQ(run(folder, {"tree", "show", "日/a"}).err,
+              "korutil: " + folder.path("日") + ": code page 1252 cannot express U+65E5 '日'\n");
 }
 
 TEST(Command, ANameIsWhatTheCodePageCanExpress) {

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "tests/support/random.h"
 #include "tests/tools/run_korutil.h"
 #include "tests/tools/tree_image.h"
@@ -39,6 +41,7 @@ constexpr char kEverything[] = R"({"id":4294967295,"type":"section","version":13
     ]}
   ]},
   {"id":8,"type":"other","word":"0x80000099","value":[4294967295,7]},
+  {"id":8,"type":"other","word":"0x80000014","value":[5,6]},
   {"id":8,"type":"other","word":"0x10000011","value":"4142"},
   {"id":8,"type":"other","word":"0x10000088","value":"0102030405"},
   {"id":8,"type":"other","word":"0x60000002","children":[
@@ -108,7 +111,8 @@ TEST(TreeFromJson, RefusesWhatATreeCannotHold) {
         {R"({"id":1,"type":"string","value":"a\u0000b"})", "column 33: a string cannot hold a zero"},
         {R"({"id":1,"type":"string","value":"日"})", "column 33: code page 1252 cannot express U+65E5 '日'"},
         {R"({"id":1,"type":"string","value":"\u0080"})",
-         "column 33: code page 1252 cannot express U+0080 '\xC2\x80'"},
+         "column 33: code page 1252 cannot express U+0080 '\\xC2\\x80'"},
+        {R"({"id":1,"type":"string","value":"😀"})", "column 33: code page 1252 cannot express U+1F600 '😀'"},
         {R"({"id":1,"type":"memory","value":"ABC"})",
          "column 33: bytes are written as a string of hexadecimal digit pairs"},
         {R"({"id":1,"type":"other","value":[1,2]})", "column 1: the node has no \"word\""},
@@ -231,10 +235,10 @@ TEST(TreeShow, AlignsEverythingThatATreeHolds) {
     folder.write("a.json", kEverything);
     ASSERT_EQ(run(folder, {"tree", "from-json", "a.json", "a.tag"}).status, 0);
     EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).out,
-              R"(a.tag: parameter tree of 23 entries in 5 sections, 436 bytes
+              R"(a.tag: parameter tree of 24 entries in 5 sections, 452 bytes
 
 id          type       version  bytes  value
-4294967295  section  134217727         20 entries
+4294967295  section  134217727         21 entries
   0         long                       -2147483648
   1         double                     0.1
   1         double                     -0
@@ -254,6 +258,7 @@ id          type       version  bytes  value
     1       section          0         1 entry
       1     long                       40
   8         other                      type word 0x80000099: 0xFFFFFFFF 0x00000007
+  8         long                       no proper long: 0x00000005 0x00000006
   8         string                  2  no proper text: 4142
   8         doubles                 5  no whole doubles: 01020304 05
   8         other                      type word 0x60000002: 1 entry
@@ -350,9 +355,53 @@ TEST(TreeShow, ReadsABlockWithoutPaddingAtTheEnd) {
     const Outcome outcome = run(folder, {"tree", "show", "a.tag"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("41424344 45\n"), std::string::npos) << outcome.out;
-    EXPECT_EQ(run(folder, {"tree", "set", "a.tag", "2", "memory", "00"}).status, 1)
-        << "another writer's file";
-    EXPECT_EQ(folder.read("a.tag"), image);
+    EXPECT_EQ(run(folder, {"tree", "set", "a.tag", "3", "long", "7"}).status, 0);
+    EXPECT_EQ(folder.read("a.tag"),
+              imageOf({.id = 1,
+                       .type = 0x40000000,
+                       .children = {{.id = 2, .type = 0x20000000, .data = "ABCDE"}, {3, 0x80000014, 7, 0}}}));
+}
+
+// Blocks go through in pieces; here they end inside, at and behind the end of one.
+TEST(TreeJson, LargeBlocksAreWhole) {
+    const WorkFolder folder;
+    auto generator = kor::test::generator();
+    Node root{.id = 1, .type = 0x40000000};
+    for (const std::uint32_t type : {0x20000000u, 0x10000088u, 0x10000011u}) {
+        for (const std::size_t size : {65'536u, 65'544u, 200'000u}) {
+            Node node{.id = 2, .type = type, .data = std::string(size, '\0')};
+            for (char& c : node.data)
+                c = static_cast<char>('0' + generator() % 64);
+            if (type == 0x10000011) node.data.back() = '\0';
+            root.children.push_back(node);
+        }
+    }
+    folder.write("a.tag", imageOf(root));
+    const Outcome shown = run(folder, {"tree", "show", "a.tag", "--json"});
+    ASSERT_EQ(shown.status, 0) << shown.err;
+    ASSERT_EQ(run(folder, Call{.arguments = {"tree", "from-json", "-", "b.tag"}, .input = shown.out}).status,
+              0);
+    EXPECT_TRUE(folder.read("b.tag") == folder.read("a.tag"));
+}
+
+// The file has a hole, so that the block takes no room.
+TEST(TreeShow, ABlockAboveTwoGigabytesIsNotCutSilently) {
+    constexpr std::uint32_t kSize = 0x80000010;
+    const WorkFolder folder;
+    for (const std::uint32_t type : {0x20000000u, 0x10000011u}) {
+        std::string image = imageOf({.id = 1, .type = 0x40000000, .children = {{.id = 2, .type = type}}});
+        for (int i = 0; i < 4; ++i)
+            image[static_cast<std::size_t>(24 + i)] = static_cast<char>(kSize >> 8 * i & 0xFF);
+        folder.write("a.tag", image);
+        std::filesystem::resize_file(folder.path("a.tag"), image.size() + std::uintmax_t{kSize});
+        const Outcome shown = run(folder, {"tree", "show", "a.tag"});
+        EXPECT_EQ(shown.status, 0) << shown.err;
+        EXPECT_NE(shown.out.find("2147483664  00000000 "), std::string::npos) << shown.out;
+        EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--all"}).err,
+                  "korutil: a.tag: the block with id 2 is too large for --all; use --json\n");
+    }
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).err,
+              "korutil: a.tag: the string with id 2 is too large for JSON\n");
 }
 
 TEST(TreeShow, RefusesBlocksThatLieOnEachOther) {

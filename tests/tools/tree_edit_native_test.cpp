@@ -128,21 +128,62 @@ TEST_F(TreeEdit, RefusalsNameTheFileAndLeaveIt) {
         EXPECT_EQ(outcome.err, "korutil: a.tag: " + c.reason + '\n');
     }
     EXPECT_EQ(set({"20/4", "string", "日"}).err,
-              "korutil: VALUE: code page 1252 cannot express U+65E5 '日'\n");
+              "korutil: a.tag: VALUE: code page 1252 cannot express U+65E5 '日'\n");
     EXPECT_EQ(folder.read("a.tag"), image);
 }
 
 TEST_F(TreeEdit, AFileThatHoldsMoreThanTheTreeIsRefused) {
-    folder.write("a.tag", image + 'x');
-    const Outcome behind = set({"10", "long", "6"});
-    EXPECT_EQ(behind.status, 1);
-    const std::string size = std::to_string(image.size());
-    EXPECT_EQ(behind.err, "korutil: a.tag: it cannot be changed: of its " + std::to_string(image.size() + 1) +
-                              " bytes the parameter tree takes " + size + '\n');
-    EXPECT_EQ(folder.read("a.tag"), image + 'x');
-    folder.write("a.tag", 'x' + image);
+    const Node root{.id = 1,
+                    .type = 0x40000000,
+                    .children = {{.id = 2, .type = 0x20000000, .data = "SHARED88"},
+                                 {.id = 3, .type = 0x20000000, .data = "FOREIGN8"}}};
+    const std::string whole = imageOf(root);
+    std::string shared = whole;  // the second block lies on the first one, and nobody has its bytes
+    shared[44] = shared[28];
+    std::string gap = whole;  // two bytes of the first block, and then more than the pad bytes
+    gap[24] = 2;
+    std::string moved = whole;  // the table is the second one in the file
+    moved.insert(16, 16, 'x');
+    for (const std::size_t position : {12, 28 + 16, 44 + 16})
+        moved[position] = static_cast<char>(moved[position] + 16);
+    const struct {
+        std::string bytes;
+        std::string reason;
+    } cases[] = {
+        {whole + 'x', "the byte at 64 does not belong to the parameter tree"},
+        {shared, "the byte at 48 is used twice in the parameter tree"},
+        {gap, "the byte at 52 does not belong to the parameter tree"},
+        {moved, "the byte at 16 does not belong to the parameter tree"},
+    };
+    for (const auto& c : cases) {
+        folder.write("a.tag", c.bytes);
+        EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 0) << c.reason;
+        const Outcome outcome = set({"10", "long", "6"});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "korutil: a.tag: it cannot be changed: " + c.reason + '\n');
+        EXPECT_EQ(folder.read("a.tag"), c.bytes);
+    }
+    folder.write("a.tag", 'x' + whole);
     EXPECT_EQ(set({"10", "long", "6"}).status, 1);
-    EXPECT_EQ(folder.read("a.tag"), 'x' + image);
+    EXPECT_EQ(folder.read("a.tag"), 'x' + whole);
+}
+
+// Readers follow the positions; other writers need not have the blocks in the order of the entries, nor pad.
+TEST_F(TreeEdit, BlocksMayStandInAnyOrder) {
+    std::string swapped = imageOf({.id = 1,
+                                   .type = 0x40000000,
+                                   .children = {{.id = 2, .type = 0x20000000, .data = "first"},
+                                                {.id = 3, .type = 0x20000000, .data = "second"}}});
+    swapped.resize(48);
+    swapped[28] = 48 + 6;
+    swapped[44] = 48;
+    folder.write("a.tag", swapped + "secondfirst");
+    EXPECT_EQ(set({"10", "long", "6"}).status, 0);
+    EXPECT_EQ(folder.read("a.tag"), imageOf({.id = 1,
+                                             .type = 0x40000000,
+                                             .children = {{.id = 2, .type = 0x20000000, .data = "first"},
+                                                          {.id = 3, .type = 0x20000000, .data = "second"},
+                                                          {10, 0x80000014, 6, 0}}}));
 }
 
 TEST_F(TreeEdit, KeepsModeOwnerAndSymbolicLink) {

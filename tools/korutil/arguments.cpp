@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 
 #include "tools/korutil/failure.h"
 
@@ -47,6 +48,10 @@ Arguments::Arguments(std::span<const std::string_view> words, std::span<const Op
                 throw UsageError(shown + " needs a value (" + std::string(option->value) + ")");
             value = words[i];
         }
+        if (option->most > 0 && !wholeNumber(value, option->most)) {
+            throw UsageError(shown + " takes a whole number from 0 to " + std::to_string(option->most) +
+                             ", not '" + value + "'");
+        }
         given_.push_back({option->name, value});
     }
 }
@@ -57,15 +62,9 @@ const std::string* Arguments::valueOf(std::string_view option) const {
     return found == given_.end() ? nullptr : &found->value;
 }
 
-std::optional<std::uint64_t> Arguments::number(std::string_view option, std::uint64_t most) const {
+std::optional<std::uint64_t> Arguments::number(std::string_view option) const {
     const std::string* text = valueOf(option);
-    if (!text) return std::nullopt;
-    const auto value = wholeNumber(*text, most);
-    if (!value) {
-        throw UsageError("option --" + std::string(option) + " takes a whole number from 0 to " +
-                         std::to_string(most) + ", not '" + *text + "'");
-    }
-    return value;
+    return text ? wholeNumber(*text, std::numeric_limits<std::uint64_t>::max()) : std::nullopt;
 }
 
 }  // namespace kor::command

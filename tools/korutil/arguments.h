@@ -15,20 +15,20 @@ struct Option {
     std::string_view name;   ///< without the dashes
     std::string_view value;  ///< what its value is called in the help; empty when it takes none
     std::string_view help;
+    std::uint64_t most = 0;  ///< its value is a whole number up to this; 0: any text
 };
 
 class Arguments {
   public:
     /// Takes the words after the command's name apart; an option's value stands in the next word or after
     /// "=".
-    /// @throws UsageError for an unknown option, one given twice, a missing or a superfluous value
+    /// @throws UsageError for an unknown option, one given twice, a missing, a superfluous or a wrong value
     Arguments(std::span<const std::string_view> words, std::span<const Option> known);
 
     bool has(std::string_view option) const { return valueOf(option) != nullptr; }
 
     /// The option's value as a whole number, decimal or 0x and hexadecimal; nothing when it was not given.
-    /// @throws UsageError when it is no number from 0 to most
-    std::optional<std::uint64_t> number(std::string_view option, std::uint64_t most) const;
+    std::optional<std::uint64_t> number(std::string_view option) const;
 
     const std::vector<std::string>& operands() const { return operands_; }
     const std::string& operand(std::size_t index) const { return operands_.at(index); }

@@ -151,7 +151,7 @@ std::string fromUtf8(std::string_view utf8, std::string_view where) {
 std::string nameOf(char32_t code) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string name = "U+";
-    for (int shift = code > 0xFFFF ? 20 : 12; shift >= 0; shift -= 4)
+    for (int shift = code > 0xFFFFF ? 20 : code > 0xFFFF ? 16 : 12; shift >= 0; shift -= 4)
         name += kDigits[(code >> shift) & 15];
     name += " '";
     utf8::append(name, code);

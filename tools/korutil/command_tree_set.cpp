@@ -13,7 +13,7 @@ constexpr std::string_view kHelp =
     "\n"
     "  TYPE      VALUE\n"
     "  long      a whole number of 32 bits: -40\n"
-    "  double    a number, NaN, Infinity or -Infinity: 6.45e-6\n"
+    "  double    a number, NaN, Infinity or -Infinity: 6.45e-6; or the bits of a NaN, 0x and 16 digits\n"
     "  point     x,y: 12,-7\n"
     "  string    a text in UTF-8\n"
     "  doubles   numbers joined by commas: 0.5,1e-3 (an empty text for none)\n"
@@ -29,7 +29,8 @@ void run(const Arguments& arguments, Output&) {
     if (!tree::typeNamed(typeName, type)) {
         throw UsageError("'" + typeName + "' is no type; use " + std::string(tree::kValueTypes));
     }
-    const tree::Content content = tree::contentOfText(type, arguments.operand(3), "VALUE");
+    const tree::Content content =
+        tree::contentOfText(type, arguments.operand(3), arguments.operand(0) + ": VALUE");
     tree::editTree(arguments.operand(0), [&](CRootTagTree& root, std::string_view where) {
         tree::setEntry(root, path, content, where);
     });

@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint64_t kLastPosition = 0xFFFFFFFF;  // positions in a tree have 32 bits
 
 constexpr std::array kOptions = {
-    Option{"offset", "N", "where the tree begins in the file, in bytes (0)"},
+    Option{"offset", "N", "where the tree begins in the file, in bytes (0)", kLastPosition},
     Option{"all", "", "show long values whole"},
     Option{"json", "", "write the tree as JSON, in the form that from-json reads"},
 };
@@ -21,7 +21,7 @@ constexpr std::string_view kHelp =
     "only and is not changed. The tree may stand anywhere in a larger file (--offset).\n";
 
 void run(const Arguments& arguments, Output& output) {
-    const std::uint64_t offset = arguments.number("offset", kLastPosition).value_or(0);
+    const std::uint64_t offset = arguments.number("offset").value_or(0);
     if (arguments.has("json") && arguments.has("all"))
         throw UsageError("--json is always whole; --all goes with the text");
     const FileArgument file = existingFile(arguments.operand(0));

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
@@ -29,6 +30,13 @@ std::string resolved(const std::string& native, std::string_view shown) {
 void checkRegular(const struct stat& status, std::string_view shown) {
     if (S_ISDIR(status.st_mode)) throw Failure(shown, "it is a folder");
     if (!S_ISREG(status.st_mode)) throw Failure(shown, "it is no regular file");
+}
+
+// Whether the library takes a path for a device, whatever lies there on the disk.
+bool isDevice(const char* path) {
+    std::array<char, 16> whole{};
+    const DWORD size = GetFullPathNameA(path, static_cast<DWORD>(whole.size()), whole.data(), nullptr);
+    return size < whole.size() && std::string_view(whole.data()).starts_with("\\\\.\\");
 }
 
 FileArgument known(std::string_view argument, std::string native) {
@@ -67,7 +75,12 @@ FileArgument targetFile(std::string_view argument) {
 }
 
 std::string libraryPath(const std::string& native, std::string_view shown) {
-    code_page::fromUtf8(native, shown);  // names the character that cannot be expressed
+    const std::size_t slash = native.rfind('/');
+    const std::string folder = native.substr(0, slash);
+    const std::string name = native.substr(slash + 1);
+    // These name the character that cannot be expressed.
+    code_page::fromUtf8(folder, folder);
+    code_page::fromUtf8(name, shown);
     std::vector<char> path(korWindowsPath(native.c_str(), nullptr, 0));
     if (path.empty() || korWindowsPath(native.c_str(), path.data(), static_cast<DWORD>(path.size())) == 0) {
         throw Failure(
@@ -76,6 +89,7 @@ std::string libraryPath(const std::string& native, std::string_view shown) {
                        : "the library cannot use this name: a part of it ends in a dot or a blank, or holds "
                          "a control character or one of \\ : * ? \" < > |");
     }
+    if (isDevice(path.data())) throw Failure(shown, "'" + name + "' is the name of a device for the library");
     return path.data();
 }
 

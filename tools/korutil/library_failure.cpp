@@ -23,7 +23,7 @@ constexpr std::array kCauses = {
     Cause{CFileException::hardIO, "the device failed"},
     Cause{CFileException::sharingViolation, "another program is using the file"},
     Cause{CFileException::lockViolation, "another program is using the file"},
-    Cause{CFileException::diskFull, "the disk is full"},
+    Cause{CFileException::diskFull, "the disk is full, or the file may not become so large"},
     Cause{CFileException::endOfFile, "it is no parameter tree, or was cut off"},
 };
 

@@ -40,6 +40,21 @@ const Command* findCommand(std::string_view name) {
     return nullptr;
 }
 
+// What the usage line calls the operand of that number.
+std::string missingOperand(const Command& command, std::size_t index) {
+    std::string_view names = command.operands;
+    for (; index > 0; --index)
+        names.remove_prefix(names.find(' ') + 1);
+    return std::string(names.substr(0, names.find(' ')));
+}
+
+void refuseMore(std::span<const std::string_view> words, std::size_t most) {
+    if (words.size() > most) {
+        throw UsageError("'" + std::string(words[most]) + "' is not expected after " +
+                         std::string(words[most - 1]) + "; see korutil --help");
+    }
+}
+
 void runCommand(const Command& command, std::span<const std::string_view> words, Output& output) {
     const std::string hint = "; see korutil " + std::string(command.name) + " --help";
     std::vector<Option> options(command.options.begin(), command.options.end());
@@ -51,7 +66,7 @@ void runCommand(const Command& command, std::span<const std::string_view> words,
             return;
         }
         if (arguments.operands().size() < command.operandCount) {
-            throw UsageError("operands are missing, " + std::string(command.operands) + " are needed");
+            throw UsageError(missingOperand(command, arguments.operands().size()) + " is missing");
         }
         if (arguments.operands().size() > command.operandCount) {
             throw UsageError("too many operands, '" + arguments.operand(command.operandCount) +
@@ -69,12 +84,16 @@ void dispatch(std::span<const std::string_view> words, Output& output) {
     }
     if (words.empty()) throw UsageError("a command is missing; see korutil --help");
     std::string name(words[0]);
+    if (name == "--help" || name == "--version") refuseMore(words, 1);
     if (name == "--help") return output.write(listHelp(""));
     if (name == "--version") return output.write("korutil " + std::string(kVersion) + '\n');
     std::size_t taken = 1;
     if (isGroup(name)) {
         const std::string group = name;
-        if (words.size() > 1 && words[1] == "--help") return output.write(listHelp(group));
+        if (words.size() > 1 && words[1] == "--help") {
+            refuseMore(words, 2);
+            return output.write(listHelp(group));
+        }
         if (words.size() < 2)
             throw UsageError("a command is missing after " + group + "; see korutil " + group + " --help");
         name += ' ' + std::string(words[1]);

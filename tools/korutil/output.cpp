@@ -40,13 +40,17 @@ void Output::flush() {
 std::string oneLine(std::string_view text) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string line;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            line += c;
+    bool isSecond = false;  // of the two bytes that a control character from U+0080 to U+009F has
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isFirst =
+            byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (byte >= 0x20 && byte != 0x7F && !isFirst && !isSecond) {
+            line += text[i];
         } else {
             line += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
         }
+        isSecond = isFirst;
     }
     return line;
 }

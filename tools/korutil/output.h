@@ -18,7 +18,8 @@ class Output {
     std::string pending_;
 };
 
-/// Makes a line of any text: control characters become \xNN, so that no name can forge a second line.
+/// Makes a line of any text: the bytes of control characters become \xNN, so that no name can forge a second
+/// line.
 std::string oneLine(std::string_view text);
 
 /// Writes one line "korutil: TEXT" to standard error.

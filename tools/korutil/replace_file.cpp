@@ -11,6 +11,8 @@
 namespace kor::command {
 namespace {
 
+const std::string kFirstPart = ".korutil-";  // of the new file's name
+
 bool isSameState(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
            a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec;
@@ -21,6 +23,8 @@ mode_t usualMode() {
     ::umask(mask);
     return 0666 & ~mask;
 }
+
+std::string linkOf(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
 // The new name is on the disk only when the folder is; not every file system can be asked for that.
 void flushFolder(const std::string& folder) {
@@ -49,24 +53,53 @@ FileReplacement::FileReplacement(FileArgument target) : target_(std::move(target
         if (::access(target_.native.c_str(), W_OK) != 0) throw Failure(target_.shown, systemReason(errno));
     }
     folder_ = target_.native.substr(0, target_.native.rfind('/') + 1);
-    native_ = folder_ + ".korutil-XXXXXX";
-    descriptor_ = ::mkostemp(native_.data(), O_CLOEXEC);
-    if (descriptor_ < 0) {
-        throw Failure(target_.shown, "no file can be made beside it: " + systemReason(errno));
-    }
     try {
-        path_ = libraryPath(native_, target_.shown);
+        if (!openUnnamed()) openNamed();
+        path_ = libraryPath(isNamed() ? native_ : linkOf(descriptor_), target_.shown);
         if (target_.found) takeOverRights();
     } catch (...) {
-        ::unlink(native_.c_str());
-        ::close(descriptor_);
+        discard();
         throw;
     }
 }
 
-FileReplacement::~FileReplacement() {
-    if (!native_.empty()) ::unlink(native_.c_str());
+FileReplacement::~FileReplacement() { discard(); }
+
+void FileReplacement::discard() {
+    if (isNamed()) ::unlink(native_.c_str());
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+// A file without a name goes with the process, however that ends. Not every file system has them, and both
+// the library and giving it a name need its link in /proc.
+bool FileReplacement::openUnnamed() {
+    descriptor_ = ::open(folder_.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
+    if (descriptor_ < 0) return false;
+    if (::access(linkOf(descriptor_).c_str(), R_OK | W_OK) == 0) return true;
     ::close(descriptor_);
+    descriptor_ = -1;
+    return false;
+}
+
+void FileReplacement::openNamed() {
+    std::string name = folder_ + kFirstPart + "XXXXXX";
+    descriptor_ = ::mkostemp(name.data(), O_CLOEXEC);
+    if (descriptor_ < 0)
+        throw Failure(target_.shown, "no file can be made beside it: " + systemReason(errno));
+    native_ = name;
+}
+
+// Gives the unnamed file a name of its own, for the moment until it is renamed.
+void FileReplacement::giveName() {
+    for (int number = 0;; ++number) {
+        const std::string name =
+            folder_ + kFirstPart + std::to_string(::getpid()) + '-' + std::to_string(number);
+        if (::linkat(AT_FDCWD, linkOf(descriptor_).c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+            native_ = name;
+            return;
+        }
+        if (errno != EEXIST) throw Failure(target_.shown, systemReason(errno));
+    }
 }
 
 void FileReplacement::takeOverRights() {
@@ -89,6 +122,7 @@ void FileReplacement::commit() {
     if (isThere != target_.found.has_value() || (isThere && !isSameState(*target_.found, now))) {
         throw Failure(target_.shown, "another program has changed it meanwhile");
     }
+    if (!isNamed()) giveName();
     if (::rename(native_.c_str(), target_.native.c_str()) != 0)
         throw Failure(target_.shown, systemReason(errno));
     native_.clear();

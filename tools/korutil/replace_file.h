@@ -1,6 +1,8 @@
 #pragma once
 // Replacing a file in one atomic step: the new content is written beside it, brought to the disk and renamed
-// over it, so that whoever looks at any moment, or after a crash, finds the old file or the new one.
+// over it, so that whoever looks at any moment, or after a crash, finds the old file or the new one. Where
+// the file system can, the new file has no name before that, so that a process that is killed leaves nothing
+// behind.
 
 #include <csignal>
 #include <string>
@@ -23,8 +25,8 @@ class SignalBlock {
 
 class FileReplacement {
   public:
-    /// Makes an empty file beside the target. @throws Failure also when the target may not be written, or
-    /// cannot keep its owner
+    /// Makes an empty file in the target's folder. @throws Failure also when the target may not be written,
+    /// or cannot keep its owner
     explicit FileReplacement(FileArgument target);
     FileReplacement(const FileReplacement&) = delete;
     FileReplacement& operator=(const FileReplacement&) = delete;
@@ -40,12 +42,17 @@ class FileReplacement {
     void commit();
 
   private:
+    bool isNamed() const { return !native_.empty(); }
+    bool openUnnamed();
+    void openNamed();
+    void giveName();
+    void discard();
     void takeOverRights();
 
     SignalBlock signals_;
     FileArgument target_;
     std::string folder_;
-    std::string native_;
+    std::string native_;  // empty while the new file has no name
     std::string path_;
     int descriptor_ = -1;
 };

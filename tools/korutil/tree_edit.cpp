@@ -9,12 +9,10 @@ void editTree(std::string_view fileArgument,
               const std::function<void(CRootTagTree&, std::string_view)>& change) {
     const command::FileArgument file = command::existingFile(fileArgument);
     StoredTree tree(file, 0, Blocks::kInMemory);
-    if (tree.size() != tree.fileLength()) {
-        throw command::Failure(file.shown,
-                               "it cannot be changed: of its " + std::to_string(tree.fileLength()) +
-                                   " bytes the parameter tree takes " + std::to_string(tree.size()));
-    }
-    command::guarded(file.shown, [&] { change(tree.root(), file.shown); });
+    command::guarded(file.shown, [&] {
+        tree.checkAlone();
+        change(tree.root(), file.shown);
+    });
     storeTree(tree.root(), file);
 }
 

@@ -57,6 +57,38 @@ CTagTree& addRead(CTagTree& section, DWORD id, DWORD typeWord, const std::array<
     return entry;
 }
 
+DWORD wordAt(std::string_view bytes, std::size_t offset) {
+    DWORD word = 0;
+    for (std::size_t i = 4; i-- > 0;)
+        word = word << 8 | static_cast<unsigned char>(bytes.at(offset + i));
+    return word;
+}
+
+Record recordAt(std::string_view bytes, std::size_t offset) {
+    return {wordAt(bytes, offset + 4), {wordAt(bytes, offset + 8), wordAt(bytes, offset + 12)}};
+}
+
+// What a table or a block takes of the file.
+struct Extent {
+    std::uint64_t start;
+    std::uint64_t size;
+};
+
+void addExtents(StoredTree& tree, const CTagTree& section, const Record& record,
+                std::vector<Extent>& extents) {
+    const std::vector<Record> records = tree.recordsBelow(section, record);
+    if (records.empty()) return;
+    extents.push_back({record.position(), kRecordSize * records.size()});
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const CTagTree& child = childOf(section, static_cast<int>(i));
+        if (isSection(child)) {
+            addExtents(tree, child, records[i], extents);
+        } else if (!isImmediate(child) && records[i].size() > 0) {
+            extents.push_back({records[i].position(), records[i].size()});
+        }
+    }
+}
+
 [[noreturn]] void refuseAsDamaged(const command::FileArgument& file) {
     throw command::Failure(file.shown, "it is no parameter tree, or is damaged");
 }
@@ -72,15 +104,6 @@ bool isSection(const CTagTree& node) {
 bool isImmediate(const CTagTree& node) { return (node.GetType() & kImmediateBit) != 0; }
 
 CTagTree& childOf(const CTagTree& section, int index) { return static_cast<CTagTree&>(*section[index]); }
-
-std::string blockOf(const CTagTree& node) { return blockOf(node, node.GetDataSize()); }
-
-std::string blockOf(const CTagTree& node, std::size_t most) {
-    const std::size_t wanted = std::min<std::size_t>({node.GetDataSize(), most, kEverything});
-    std::string bytes(wanted, '\0');
-    bytes.resize(static_cast<std::size_t>(node.CopyBuffer(bytes.data(), static_cast<int>(wanted))));
-    return bytes;
-}
 
 std::uint64_t sizeBelow(const CTagTree& section, std::uint64_t unit) {
     std::uint64_t size = 0;
@@ -107,7 +130,7 @@ StoredTree::StoredTree(const command::FileArgument& file, std::uint64_t offset, 
 void StoredTree::readAndCheck() {
     if (fileLength_ == 0) throw command::Failure(file_.shown, "it is empty");
     if (offset_ >= fileLength_) {
-        throw command::Failure(file_.shown, "offset " + std::to_string(offset_) + " lies behind its end (" +
+        throw command::Failure(file_.shown, "offset " + std::to_string(offset_) + " is not inside it (" +
                                                 std::to_string(fileLength_) + " bytes)");
     }
     stream_.Seek(static_cast<LONGLONG>(offset_), CFile::begin);
@@ -116,6 +139,48 @@ void StoredTree::readAndCheck() {
     size_ = kRecordSize + sizeBelow(root_, kBlockUnit);
     // Blocks that lie on each other would be shown again and again. Other writers need not pad them.
     if (kRecordSize + sizeBelow(root_, 1) > fileLength_) refuseAsDamaged(file_);
+}
+
+std::string StoredTree::read(std::uint64_t position, std::size_t count) {
+    std::string bytes(count, '\0');
+    stream_.Seek(static_cast<LONGLONG>(position), CFile::begin);
+    if (stream_.Read(bytes.data(), static_cast<UINT>(count)) != count) refuseAsDamaged(file_);
+    return bytes;
+}
+
+Record StoredTree::rootRecord() { return recordAt(read(offset_, kRecordSize), 0); }
+
+std::vector<Record> StoredTree::recordsBelow(const CTagTree& section, const Record& record) {
+    std::vector<Record> records(static_cast<std::size_t>(section.GetChildCount()));
+    if (records.empty()) return records;
+    const std::string table = read(record.position(), kRecordSize * records.size());
+    for (std::size_t i = 0; i < records.size(); ++i)
+        records[i] = recordAt(table, kRecordSize * i);
+    return records;
+}
+
+std::string StoredTree::bytesOf(const Record& block, std::size_t first, std::size_t count) {
+    return read(std::uint64_t{block.position()} + first, count);
+}
+
+void StoredTree::checkAlone() {
+    const auto refuse = [&](std::string_view what, std::uint64_t position) {
+        throw command::Failure(file_.shown, "it cannot be changed: the byte at " + std::to_string(position) +
+                                                ' ' + std::string(what));
+    };
+    std::vector<Extent> extents = {{offset_, kRecordSize}};
+    addExtents(*this, root_, rootRecord(), extents);
+    extents.push_back({fileLength_, 0});
+    std::sort(extents.begin(), extents.end(),
+              [](const Extent& a, const Extent& b) { return a.start < b.start; });
+    std::uint64_t end = 0;
+    std::uint64_t padding = 0;
+    for (const Extent& extent : extents) {
+        if (extent.start < end) refuse("is used twice in the parameter tree", extent.start);
+        if (extent.start > end + padding) refuse("does not belong to the parameter tree", end + padding);
+        end = extent.start + extent.size;
+        padding = (kBlockUnit - extent.size % kBlockUnit) % kBlockUnit;
+    }
 }
 
 void storeTree(CRootTagTree& root, const command::FileArgument& target) {
@@ -152,6 +217,7 @@ CTagTree& addEntry(CTagTree& section, DWORD id, const Content& content) {
         AfxThrowFileException(CFileException::diskFull);
     switch (type) {
         case Type::kLong:
+            if (content.words[1] != 0) break;
             return *section.SaveLong(id, static_cast<LONG>(content.words[0]));
         case Type::kDouble:
             return *section.SaveDouble(id, doubleOf(content.words));

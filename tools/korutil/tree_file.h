@@ -1,8 +1,10 @@
 #pragma once
 // Parameter trees in files, through the library.
 
+#include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "korutil/framework/file.h"
 #include "korutil/tag_tree.h"
@@ -15,7 +17,17 @@ namespace kor::tree {
 /// others, or in memory, so that the tree can be written elsewhere.
 enum class Blocks { kInFile, kInMemory };
 
-/// A tree that was read from a file, which stays open for its blocks.
+/// A node's record as it stands in the file. The library does not tell the data words of every immediate, nor
+/// positions.
+struct Record {
+    DWORD typeWord = 0;
+    std::array<DWORD, 2> words{};  ///< of an immediate its value; else the size and the position of its block
+
+    DWORD size() const { return words[0]; }
+    DWORD position() const { return words[1]; }
+};
+
+/// A tree that was read from a file, which stays open for its records and blocks.
 class StoredTree {
   public:
     /// Opens the file for reading only and reads the tree that begins at an offset.
@@ -30,8 +42,20 @@ class StoredTree {
     std::uint64_t size() const { return size_; }              ///< bytes of the tree
     std::uint64_t fileLength() const { return fileLength_; }  ///< bytes of the file
 
+    /// The root's record. @throws CException*, command::Failure
+    Record rootRecord();
+    /// The records of a section's children. @throws CException*, command::Failure
+    std::vector<Record> recordsBelow(const CTagTree& section, const Record& record);
+    /// A part of a block. @throws CException*, command::Failure
+    std::string bytesOf(const Record& block, std::size_t first, std::size_t count);
+
+    /// That the tree fills the file, each byte used once; the pad bytes behind a block may be missing.
+    /// @throws CException*, command::Failure
+    void checkAlone();
+
   private:
     void readAndCheck();
+    std::string read(std::uint64_t position, std::size_t count);
 
     command::FileArgument file_;
     std::uint64_t offset_;
@@ -51,12 +75,6 @@ bool isSection(const CTagTree& node);
 bool isImmediate(const CTagTree& node);
 
 CTagTree& childOf(const CTagTree& section, int index);
-
-/// All bytes of a block. @throws CException*
-std::string blockOf(const CTagTree& node);
-
-/// The first bytes of a block. @throws CException*
-std::string blockOf(const CTagTree& node, std::size_t most);
 
 /// Bytes that the children of a section take in a file: their records and everything below them.
 /// @param unit  of which the size of every block is a multiple

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "tools/korutil/code_page.h"
-#include "tools/korutil/immediate_words.h"
+#include "tools/korutil/failure.h"
 
 namespace kor::tree {
 namespace {
@@ -54,7 +54,7 @@ std::string right(const std::string& text, std::size_t width) {
 class TextWriter {
   public:
     TextWriter(StoredTree& tree, bool all, command::Output& output)
-        : words_(tree), all_(all), output_(output) {
+        : tree_(tree), all_(all), output_(output) {
         measure(tree.root(), 0, extent_);
     }
 
@@ -71,19 +71,21 @@ class TextWriter {
         row("id", "type", "version", "bytes", "value");
     }
 
-    void section(const CTagTree& node, std::size_t table, std::size_t level) {
+    void section(const CTagTree& node, const Record& record, std::size_t level) {
         const Type type = typeOf(typeWordOf(node));
         const int count = node.GetChildCount();
         const std::string size = counted(static_cast<std::uint64_t>(count), "entry", "entries");
         row(idOf(node, level), nameOf(type), versionOf(node), "", withWord(node, size));
+        const std::vector<Record> records = tree_.recordsBelow(node, record);
         for (int i = 0; i < count; ++i) {
             const CTagTree& child = childOf(node, i);
+            const Record& childRecord = records[static_cast<std::size_t>(i)];
             if (isSection(child)) {
-                section(child, words_.tableOf(table, i), level + 1);
+                section(child, childRecord, level + 1);
             } else {
                 const bool isBlock = !isImmediate(child);
                 const std::string value =
-                    isBlock ? blockValue(child) : immediateValue(child, words_.of(child, table, i));
+                    isBlock ? blockValue(child, childRecord) : immediateValue(child, childRecord.words);
                 row(idOf(child, level + 1), nameOf(typeOf(typeWordOf(child))), versionOf(child),
                     isBlock ? std::to_string(child.GetDataSize()) : "", withWord(child, value));
             }
@@ -115,7 +117,10 @@ class TextWriter {
     }
 
     static std::string immediateValue(const CTagTree& node, const std::array<DWORD, 2>& words) {
-        switch (typeOf(typeWordOf(node))) {
+        const Type type = typeOf(typeWordOf(node));
+        const std::string bits = wordText(words[0]) + ' ' + wordText(words[1]);
+        if (!isRegular(type, words)) return "no proper long: " + bits;
+        switch (type) {
             case Type::kLong:
                 return std::to_string(static_cast<LONG>(words[0]));
             case Type::kDouble:
@@ -124,29 +129,35 @@ class TextWriter {
                 return '(' + std::to_string(static_cast<LONG>(words[0])) + ", " +
                        std::to_string(static_cast<LONG>(words[1])) + ')';
             default:
-                return wordText(words[0]) + ' ' + wordText(words[1]);
+                return bits;
         }
     }
 
-    std::string blockValue(const CTagTree& node) const {
+    std::string blockValue(const CTagTree& node, const Record& record) const {
         const Type type = typeOf(typeWordOf(node));
-        if (type == Type::kString) {
-            const std::string data = blockOf(node);
+        if (type == Type::kString && record.size() <= kLargestText) {
+            const std::string data = tree_.bytesOf(record, 0, record.size());
             if (isRegular(type, data)) {
                 return code_page::quoted(
                     code_page::decode({data.data(), data.empty() ? 0 : data.size() - 1}));
             }
-            return "no proper text: " + cut(node, kBytesShown, bytes);
+            return "no proper text: " + cut(node, record, kBytesShown, bytes);
         }
-        if (type != Type::kDoubles) return cut(node, kBytesShown, bytes);
-        if (node.GetDataSize() % 8 != 0) return "no whole doubles: " + cut(node, kBytesShown, bytes);
-        return cut(node, 8 * kDoublesShown, doubles);
+        if (type != Type::kDoubles) return cut(node, record, kBytesShown, bytes);
+        if (record.size() % 8 != 0) return "no whole doubles: " + cut(node, record, kBytesShown, bytes);
+        return cut(node, record, 8 * kDoublesShown, doubles);
     }
 
-    std::string cut(const CTagTree& node, std::size_t most, std::string (*form)(std::string_view)) const {
-        const std::size_t size = node.GetDataSize();
+    std::string cut(const CTagTree& node, const Record& record, std::size_t most,
+                    std::string (*form)(std::string_view)) const {
+        const std::size_t size = record.size();
+        if (all_ && size > kLargestText) {
+            throw command::Failure(tree_.file().shown, "the block with id " +
+                                                           std::to_string(node.GetTagID()) +
+                                                           " is too large for --all; use --json");
+        }
         const std::size_t shown = all_ ? size : std::min(size, most);
-        std::string text = form(blockOf(node, shown));
+        std::string text = form(tree_.bytesOf(record, 0, shown));
         if (shown < size) text += " ...";
         return text;
     }
@@ -169,7 +180,7 @@ class TextWriter {
         return text;
     }
 
-    ImmediateWords words_;
+    StoredTree& tree_;
     bool all_;
     command::Output& output_;
     Extent extent_;
@@ -180,7 +191,7 @@ class TextWriter {
 void writeText(StoredTree& tree, bool all, command::Output& output) {
     TextWriter writer(tree, all, output);
     writer.head(tree);
-    writer.section(tree.root(), ImmediateWords::rootTable(), 0);
+    writer.section(tree.root(), tree.rootRecord(), 0);
 }
 
 }  // namespace kor::tree

@@ -142,6 +142,8 @@ bool isRegular(Type type, std::string_view data) {
     return data.size() > 1 && data.find('\0') == data.size() - 1;
 }
 
+bool isRegular(Type type, const std::array<DWORD, 2>& words) { return type != Type::kLong || words[1] == 0; }
+
 bool isSpecial(double value) { return !std::isfinite(value); }
 
 std::string doubleText(double value) {

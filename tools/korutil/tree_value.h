@@ -35,6 +35,9 @@ bool typeNamed(std::string_view name, Type& type);
 /// The types of which a command line can give a value, for messages.
 inline constexpr std::string_view kValueTypes = "long, double, point, string, doubles or memory";
 
+/// Bytes of a block that is turned into a text as a whole: a string, and whatever --all shows.
+inline constexpr std::size_t kLargestText = 64u << 20;
+
 /// The content of an entry that is not a section.
 struct Content {
     DWORD typeWord = 0;
@@ -61,6 +64,9 @@ double elementOf(std::string_view data, std::size_t index);
 /// Whether a block's bytes are what its type says, so that the type's own form shows all of them: a string
 /// ends with its only zero (or is empty and has no data), an array holds whole doubles.
 bool isRegular(Type type, std::string_view data);
+
+/// The same of the data words of an immediate: a long has a second one, which is 0.
+bool isRegular(Type type, const std::array<DWORD, 2>& words);
 
 /// A double in its shortest form that reads back; NaN, Infinity and -Infinity by name; a NaN of other bits
 /// than the usual one as 0x and the 16 digits of its bits.
