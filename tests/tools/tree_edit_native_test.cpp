@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <thread>
 
 #include "tests/support/random.h"
 #include "tests/tools/run_korutil.h"
@@ -285,6 +286,24 @@ TEST_F(TreeEdit, TheFileIsReplacedAndNotOverwritten) {
     ASSERT_EQ(set({"10", "long", "6"}).status, 0);
     EXPECT_EQ(folder.read("former.tag"), image);
     EXPECT_NE(folder.read("a.tag"), image);
+}
+
+TEST_F(TreeEdit, NothingThatWasDoneIsLostToAnotherWriter) {
+    constexpr int kEach = 20;
+    const auto write = [this](int first) {
+        for (int id = first; id < first + kEach; ++id) {
+            while (set({std::to_string(id), "long", "1"}).status != 0) {
+            }
+        }
+    };
+    std::thread other([&write] { write(1000); });
+    write(2000);
+    other.join();
+    const std::string after = json();
+    for (int index = 0; index < kEach; ++index) {
+        EXPECT_NE(after.find("\"id\":" + std::to_string(1000 + index)), std::string::npos) << index;
+        EXPECT_NE(after.find("\"id\":" + std::to_string(2000 + index)), std::string::npos) << index;
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tools/korutil/replace_file.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,13 +27,28 @@ mode_t usualMode() {
 
 std::string linkOf(int descriptor) { return "/proc/self/fd/" + std::to_string(descriptor); }
 
-// The new name is on the disk only when the folder is; not every file system can be asked for that.
-void flushFolder(const std::string& folder) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    ::fsync(descriptor);
-    ::close(descriptor);
-}
+// The target's folder, held while a new file takes its place: of two commands that change one file, the
+// second one sees what the first has done.
+class HeldFolder {
+  public:
+    explicit HeldFolder(const std::string& folder)
+        : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        if (descriptor_ >= 0) ::flock(descriptor_, LOCK_EX);
+    }
+    HeldFolder(const HeldFolder&) = delete;
+    HeldFolder& operator=(const HeldFolder&) = delete;
+    ~HeldFolder() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+
+    /// The new name is on the disk only when the folder is; not every file system can be asked for that.
+    void flush() const {
+        if (descriptor_ >= 0) ::fsync(descriptor_);
+    }
+
+  private:
+    int descriptor_;
+};
 
 }  // namespace
 
@@ -117,6 +133,7 @@ void FileReplacement::commit() {
     if (::fchmod(descriptor_, mode) != 0 || ::fsync(descriptor_) != 0) {
         throw Failure(target_.shown, systemReason(errno));
     }
+    const HeldFolder folder(folder_);
     struct stat now {};
     const bool isThere = ::lstat(target_.native.c_str(), &now) == 0;
     if (isThere != target_.found.has_value() || (isThere && !isSameState(*target_.found, now))) {
@@ -126,7 +143,7 @@ void FileReplacement::commit() {
     if (::rename(native_.c_str(), target_.native.c_str()) != 0)
         throw Failure(target_.shown, systemReason(errno));
     native_.clear();
-    flushFolder(folder_);
+    folder.flush();
 }
 
 }  // namespace kor::command
