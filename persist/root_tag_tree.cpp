@@ -35,18 +35,13 @@ CString CRootTagTree::GetKeyStr(int, DWORD, int) { return CString(); }
 int CRootTagTree::GetKeyId(int, DWORD, const CString&) { return -1; }
 
 void CRootTagTree::AttachTo(CFile& file, int limit) {
-    if (file_ != &file) Detach();
     file_ = &file;
     limit_ = limit < 0 ? kUsualLimit : limit;
 }
 
 void CRootTagTree::AttachToProfile(LPCSTR path) { profile_ = path; }
 
-void CRootTagTree::Detach() {
-    lost_ = lost_ || left_;
-    left_ = false;
-    file_ = nullptr;
-}
+void CRootTagTree::Detach() { file_ = nullptr; }
 
 void CRootTagTree::WriteTree() {
     if (!isSectionTag(header_.type)) dropData();
@@ -54,14 +49,14 @@ void CRootTagTree::WriteTree() {
     weigh();
     if (!usesFile()) return;
     const ULONGLONG start = file_->GetPosition();
-    if (left_ && !lost_) {
-        TagTreeReader(*file_, static_cast<DWORD>(limit_)).loadLeft(*this);
-        file_->Seek(static_cast<LONGLONG>(start), CFile::begin);
-        left_ = false;
-    }
-    const ULONGLONG size = kTagRecordSize + CalcAllSize();
+    bool left = false;
+    const ULONGLONG size = kTagRecordSize + CalcAllSize(left);
     if (size > kTagFileEnd || start > kTagFileEnd - size)
         AfxThrowFileException(CFileException::generic, kTooLarge, file_->GetFilePath());
+    if (left) {
+        TagTreeReader(*file_, static_cast<DWORD>(limit_)).loadLeft(*this);
+        file_->Seek(static_cast<LONGLONG>(start), CFile::begin);
+    }
     WriteToFile(static_cast<DWORD>(start));
 }
 
@@ -76,7 +71,6 @@ void CRootTagTree::ReadTree() {
             root->dropData();
             root->header_ = {former.tag, former.type, 0, 0};
             root->weigh();
-            root->left_ = root->lost_ = false;
         }
     } undo{this, header_};
     dropData();
@@ -89,11 +83,7 @@ void CRootTagTree::WriteToFile(DWORD position) {
     TagTreeWriter(*file_).write(*this);
 }
 
-void CRootTagTree::ReadFromFile() {
-    TagTreeReader reader(*file_, static_cast<DWORD>(limit_));
-    reader.read(*this);
-    left_ = left_ || reader.left();
-}
+void CRootTagTree::ReadFromFile() { TagTreeReader(*file_, static_cast<DWORD>(limit_)).read(*this); }
 
 // Whether there is a file to work on; when there is only a profile, it says that it cannot.
 bool CRootTagTree::usesFile() const {

@@ -9,7 +9,6 @@
 #include <memory>
 #include <typeinfo>
 
-#include "korutil/framework/file_exception.h"
 #include "korutil/framework/memory_exception.h"
 #include "persist/children.h"
 #include "persist/tag_record.h"
@@ -126,8 +125,10 @@ CTagTree* CTagTree::privSaveBuffer(DWORD tag, DWORD type, const void* data, std:
 
 // The piece that the data copied last lies in, where one of the last children holds it.
 TagData* CTagTree::lastData() const {
-    for (int index = count() - 1; index >= 0 && index >= count() - kLookBack; --index)
-        if (TagData* data = static_cast<CTagTree*>(at(index))->owned_) return data;
+    for (int index = count() - 1; index >= 0 && index >= count() - kLookBack; --index) {
+        const auto* node = static_cast<CTagTree*>(at(index));
+        if (node->data_ && node->owned_) return node->owned_;
+    }
     return nullptr;
 }
 
@@ -138,7 +139,7 @@ CTagTree* CTagTree::privSaveStatic(DWORD tag, DWORD type, const void* data, std:
 }
 
 void CTagTree::dropData() {
-    if (owned_) owned_->endUse();
+    if (data_ && owned_) owned_->endUse();
     owned_ = nullptr;
     data_ = nullptr;
 }
@@ -167,14 +168,14 @@ CTagTree* CTagTree::newChild() const {
 
 // Sets the sizes of the sections at and below this one, each the bytes of its blocks in word 1, where its
 // position will stand, and returns those of this one. The sizes are those of the file only while the result
-// is below 4 GB. Data that is not in memory cannot be written: invalidFile.
-ULONGLONG CTagTree::CalcAllSize() {
+// is below 4 GB. Tells whether data is left in a file.
+ULONGLONG CTagTree::CalcAllSize(bool& left) {
     if (!isSectionTag(header_.type)) return 0;
     ULONGLONG total = sumSizes();
     CTagTree* section = this;
     int next = 0;
     for (;;) {
-        if (CTagTree* inner = section->openChild(next)) {
+        if (CTagTree* inner = section->openChild(next, left)) {
             total += inner->sumSizes();
             section = inner;
             next = 0;
@@ -198,15 +199,15 @@ ULONGLONG CTagTree::sumSizes() {
 }
 
 // The first section among the children from there on.
-CTagTree* CTagTree::openChild(int next) const {
+CTagTree* CTagTree::openChild(int next, bool& left) const {
     if (!children_ || children_->open == 0) return nullptr;
     for (; next < count(); ++next) {
         auto* node = static_cast<CTagTree*>(at(next));
         expect(next + kExpectAhead);
         if (!(node->weight_ & kOpenWeight)) continue;
-        if (!isSectionTag(node->header_.type)) AfxThrowFileException(CFileException::invalidFile);
         node->place_ = next;
-        return node;
+        if (isSectionTag(node->header_.type)) return node;
+        left = true;
     }
     return nullptr;
 }

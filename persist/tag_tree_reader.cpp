@@ -7,6 +7,7 @@
 #include "korutil/framework/file_exception.h"
 #include "korutil/framework/memory_exception.h"
 #include "persist/children.h"
+#include "persist/left_data.h"
 #include "persist/tag_record.h"
 #include "persist/tag_storage.h"
 #include "persist/tag_weight.h"
@@ -22,7 +23,7 @@ constexpr LONG kBadFormat = 11;  // ERROR_BAD_FORMAT
 }  // namespace
 
 TagTreeReader::TagTreeReader(CFile& file, DWORD limit)
-    : file_(file), length_(file.GetLength()), room_(length_), limit_(limit) {}
+    : file_(file), length_(file.GetLength()), room_(length_), limit_(limit), mark_(fileMark(file)) {}
 
 void TagTreeReader::read(CTagTree& root) {
     BYTE record[kTagRecordSize];
@@ -37,22 +38,28 @@ void TagTreeReader::read(CTagTree& root) {
     root.weigh();
     if (!isSectionTag(root.header_.type)) return;
     int level = 0;
-    for (CTagTree* section = &root; section;) {
+    for (CTagTree* section = &root;;) {
         const DWORD count = section->header_.word0 / kTagRecordSize;
         if (level == kDeepestLevel && count > 0) fail(CFileException::generic, kBadFormat);
-        const int first = section->count();
         if (count > 0) readTable(*section, count);
-        section = nextSection(root, *section, first, level);
+        CTagTree* next = nextNew_;
+        if (!next) return;
+        nextNew_ = next->nextNew_;
+        next->nextNew_ = nullptr;
+        for (const CKorSimpleTree* above = section; above && above != next->parent_; above = above->parent_)
+            --level;
+        ++level;
+        section = next;
     }
 }
 
 void TagTreeReader::loadLeft(CTagTree& root) {
-    int level = 0;
-    for (CTagTree* section = &root; section; section = nextSection(root, *section, 0, level)) {
+    for (CTagTree* section = &root; section; section = nextSection(root, *section)) {
         for (int index = 0; index < section->count(); ++index) {
             auto* node = static_cast<CTagTree*>(section->at(index));
             node->place_ = index;
-            if (!isDataTag(node->header_.type) || node->header_.word0 == 0 || node->data_) continue;
+            if (!node->isLeft()) continue;
+            if (node->leftIn_ != mark_) fail(CFileException::invalidFile);
             takeRoom(node->header_.word0);
             loadRun({section->children_->order() + index, 1}, node->header_.word0, nullptr);
             section->children_->asRead = false;
@@ -61,19 +68,17 @@ void TagTreeReader::loadLeft(CTagTree& root) {
     }
 }
 
-// The next section in pre-order: below this one from that child on, or behind it or one of its ancestors.
-CTagTree* TagTreeReader::nextSection(const CTagTree& root, CTagTree& section, int next, int& level) {
+// The next section in pre-order, where the places of the sections passed are right.
+CTagTree* TagTreeReader::nextSection(const CTagTree& root, CTagTree& section) {
+    int next = 0;
     for (CTagTree* parent = &section;;) {
         for (; next < parent->count(); ++next) {
             auto* node = static_cast<CTagTree*>(parent->at(next));
-            if (!isSectionTag(node->header_.type)) continue;
-            ++level;
-            return node;
+            if (isSectionTag(node->header_.type)) return node;
         }
         if (parent == &root) return nullptr;
         next = parent->place_ + 1;
         parent = static_cast<CTagTree*>(parent->parent_);
-        --level;
     }
 }
 
@@ -89,25 +94,37 @@ void TagTreeReader::readTable(CTagTree& section, DWORD count) {
         if (!table_) AfxThrowMemoryException();
     }
     fetch(section.header_.word1, table_.get(), size);
-    const int first = section.count();
-    const bool inRows = addChildren(section, static_cast<int>(count));
-    if (static_cast<DWORD>(section.count() - first) != count)
-        AfxThrowMemoryException();  // a factory did not append
+    // Without a factory of its own a section makes what addRow makes.
+    if (typeid(section) == typeid(CTagTree) || typeid(section) == typeid(CRootTagTree)) {
+        const int first = section.count();
+        section.addRow(static_cast<int>(count));
+        const Nodes nodes(section.children_->order() + first, count);
+        readRecords(nodes);
+        loadRows(section, nodes);
+    } else {
+        const Nodes nodes = makeChildren(section, count);
+        readRecords(nodes);
+        loadData(nodes, nullptr);
+    }
+    expectTables(section);
+}
 
-    const Nodes nodes(section.children_->order() + first, count);
+// Fills new nodes from the table. A section points at itself until its own table is expected.
+void TagTreeReader::readRecords(Nodes nodes) {
     const BYTE* record = table_.get();
-    for (std::size_t index = 0; index < count; ++index, record += kTagRecordSize) {
+    for (std::size_t index = 0; index < nodes.size(); ++index, record += kTagRecordSize) {
         CTagTree& node = at(nodes, index);
         node.header_ = {loadWord(record), loadWord(record + 4), loadWord(record + 8), loadWord(record + 12)};
         if (isDataTag(node.header_.type)) checkData(node);
+        if (isSectionTag(node.header_.type)) node.nextNew_ = &node;
         node.setWeight(tagWeight(node.header_.type, node.header_.word0, isLoaded(node)));
     }
-    if (!inRows) {
-        loadData(nodes, nullptr);
-        return;
-    }
-    bool whole = first == 0;
-    for (std::size_t index = 0; index < count;) {
+}
+
+// Loads the data of children that lie in rows of their own, each row's with it where that is possible.
+void TagTreeReader::loadRows(CTagTree& section, Nodes nodes) {
+    bool whole = static_cast<std::size_t>(section.count()) == nodes.size();
+    for (std::size_t index = 0; index < nodes.size();) {
         TagRow* row = TagRow::of(&at(nodes, index));
         const auto nodesOfRow = static_cast<std::size_t>(row->capacity());
         whole = loadData(nodes.subspan(index, nodesOfRow), row) && whole;
@@ -116,18 +133,31 @@ void TagTreeReader::readTable(CTagTree& section, DWORD count) {
     section.children_->asRead = whole;
 }
 
-// Whether the children lie in rows of their own.
-bool TagTreeReader::addChildren(CTagTree& section, int count) {
-    // Without a factory of its own a section makes what addRow makes.
-    if (typeid(section) == typeid(CTagTree) || typeid(section) == typeid(CRootTagTree)) {
-        section.addRow(count);
-        return true;
+// The nodes that a factory makes, in the order of the records, wherever it puts them.
+TagTreeReader::Nodes TagTreeReader::makeChildren(CTagTree& section, std::size_t count) {
+    if (count > static_cast<std::size_t>(std::numeric_limits<int>::max() - section.count()))
+        AfxThrowMemoryException();
+    section.reserve(section.count() + static_cast<int>(count));
+    made_.reset(new (std::nothrow) CKorSimpleTree*[count]);
+    if (!made_) AfxThrowMemoryException();
+    for (std::size_t index = 0; index < count; ++index) {
+        CKorSimpleTree* node = section.AddNewKnot(nullptr, nullptr);
+        if (!node || node->parent_ != &section) AfxThrowMemoryException();  // a factory that failed
+        static_cast<CTagTree*>(node)->dropData();
+        made_[index] = node;
     }
-    if (count > std::numeric_limits<int>::max() - section.count()) AfxThrowMemoryException();
-    section.reserve(section.count() + count);
-    for (; count > 0; --count)
-        if (!section.AddNewKnot(nullptr, nullptr)) AfxThrowMemoryException();
-    return false;
+    return {made_.get(), count};
+}
+
+// Puts the new sections among the children, in child order, in front of the others that wait.
+void TagTreeReader::expectTables(CTagTree& section) {
+    if (section.children_->open == 0) return;
+    for (int index = section.count() - 1; index >= 0; --index) {
+        auto* node = static_cast<CTagTree*>(section.at(index));
+        if (!isSectionTag(node->header_.type) || node->nextNew_ != node) continue;
+        node->nextNew_ = nextNew_;
+        nextNew_ = node;
+    }
 }
 
 void TagTreeReader::checkData(CTagTree& node) {
@@ -139,7 +169,7 @@ void TagTreeReader::checkData(CTagTree& node) {
     if (isLoaded(node)) {
         takeRoom(size);
     } else {
-        left_ = true;
+        node.leftIn_ = mark_;
     }
 }
 
@@ -189,6 +219,7 @@ void TagTreeReader::loadRun(Nodes run, ULONGLONG size, TagRow* row) {
     for (std::size_t index = 0; index < run.size(); ++index) {
         CTagTree& node = at(run, index);
         if (!isDataTag(node.header_.type) || node.header_.word0 == 0) continue;
+        if (!row) node.dropData();
         node.data_ = data->bytes() + (node.header_.word1 - start);
         if (!row) node.owned_ = data->use();
     }

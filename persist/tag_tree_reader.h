@@ -18,18 +18,20 @@ class TagTreeReader {
 
     /// Reads what stands at the file's position into the root. After an exception the root is half read.
     void read(CTagTree& root);
-    /// Loads every data block at and below the root that was left in the file.
+    /// Loads every data block below the root that was left in the file; invalidFile when it was left in
+    /// another one. The places of the sections below the root are set.
     void loadLeft(CTagTree& root);
-    /// Whether a data block was left in the file.
-    bool left() const { return left_; }
 
   private:
     using Nodes = std::span<CKorSimpleTree* const>;
 
     static CTagTree& at(Nodes nodes, std::size_t index) { return *static_cast<CTagTree*>(nodes[index]); }
-    static CTagTree* nextSection(const CTagTree& root, CTagTree& section, int next, int& level);
+    static CTagTree* nextSection(const CTagTree& root, CTagTree& section);
     void readTable(CTagTree& section, DWORD count);
-    bool addChildren(CTagTree& section, int count);
+    void readRecords(Nodes nodes);
+    void loadRows(CTagTree& section, Nodes nodes);
+    Nodes makeChildren(CTagTree& section, std::size_t count);
+    void expectTables(CTagTree& section);
     void checkData(CTagTree& node);
     bool isLoaded(const CTagTree& node) const;
     bool loadData(Nodes nodes, TagRow* row);
@@ -42,7 +44,10 @@ class TagTreeReader {
     ULONGLONG length_;
     ULONGLONG room_;
     DWORD limit_;
-    bool left_ = false;
+    std::uintptr_t mark_;
+    CTagTree* nextNew_ =
+        nullptr;  // the first of the sections whose tables are still to be read, in pre-order
+    std::unique_ptr<CKorSimpleTree*[]> made_;
     std::unique_ptr<BYTE[]> table_;
     DWORD tableRoom_ = 0;
 };

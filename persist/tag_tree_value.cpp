@@ -11,6 +11,7 @@
 #include "korutil/framework/memory_exception.h"
 #include "korutil/tag_tree.h"
 #include "persist/children.h"
+#include "persist/left_data.h"
 #include "persist/tag_record.h"
 
 using namespace kor;
@@ -59,7 +60,7 @@ int CTagTree::CopyBuffer(void* buffer, int maximum) const {
         return static_cast<int>(count);
     }
     CFile* file = rootFile();
-    if (!file) AfxThrowFileException(CFileException::invalidFile);
+    if (!file || fileMark(*file) != leftIn_) AfxThrowFileException(CFileException::invalidFile);
     file->Seek(header_.word1, CFile::begin);
     if (file->Read(buffer, count) != count)
         AfxThrowFileException(CFileException::endOfFile, -1, file->GetFilePath());

@@ -16,5 +16,7 @@ constexpr DWORD tagWeight(DWORD type, DWORD word0, bool inMemory) {
 
 }  // namespace kor
 
+inline bool CTagTree::isLeft() const { return kor::isDataTag(header_.type) && header_.word0 != 0 && !data_; }
+
 // To be called after every change of the header or the data.
 inline void CTagTree::weigh() { setWeight(kor::tagWeight(header_.type, header_.word0, data_ != nullptr)); }

@@ -5,15 +5,13 @@
 /// Each node has a tag id, which the caller chooses, and a type word: kind bits, and either an element code
 /// or the caller's version (bits 0 to 26).
 ///
-/// | type word  | made by, content |
-/// |------------|------------------|
-/// | 0x80000014 | SaveLong: signed 32-bit value |
-/// | 0x80000088 | SaveDouble: double |
-/// | 0x80000108 | SavePoint: point, two 32-bit values |
-/// | 0x10000011 | SaveString: text with its terminating zero |
-/// | 0x10000088 | SaveDblArray, SaveStaticDblArray: doubles |
-/// | 0x20000000 or version | SaveTemporaryBuffer, SaveStaticBuffer: bytes |
-/// | 0x40000000 or version | CreateSection, CRootTagTree: children |
+/// - 0x80000014: SaveLong, a signed 32-bit value
+/// - 0x80000088: SaveDouble, a double
+/// - 0x80000108: SavePoint, a point of two 32-bit values
+/// - 0x10000011: SaveString, a text with its terminating zero
+/// - 0x10000088: SaveDblArray and SaveStaticDblArray, doubles
+/// - 0x20000000 or version: SaveTemporaryBuffer and SaveStaticBuffer, bytes
+/// - 0x40000000 or version: CreateSection and CRootTagTree, children
 ///
 /// The kind of a node is its type word with bits 0 to 26 cleared. Ids need not be unique; look-up by id finds
 /// the first child of that id and kind.
@@ -60,7 +58,8 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     static void operator delete(void* node, void* place) noexcept;
 
     /// Adds a child as CKorSimpleTree::AddNewKnot does; given no node it makes a new CTagTree. Reading a tree
-    /// makes its nodes through this function wherever it is overridden; an override gives CTagTree nodes.
+    /// makes its nodes through this function wherever it is overridden. An override gives a new CTagTree
+    /// node, a child of this one at any place, and leaves the others alone.
     /// @throws CMemoryException
     CKorSimpleTree* AddNewKnot(CKorSimpleTree* node = nullptr, CKorSimpleTree* before = nullptr) override;
 
@@ -94,8 +93,7 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     DWORD GetTagID() const;
     /// @return bits 0 to 26 of the type word
     DWORD GetVersion() const;
-    /// @return the full type word of an immediate (bit 31) or an array (bit 28); the kind alone of everything
-    /// else
+    /// @return the full type word of an immediate (bit 31) or an array (bit 28); of everything else the kind
     DWORD GetType() const;
     /// @return the size of the data in bytes, without padding; 0 for sections and immediates
     DWORD GetDataSize() const;
@@ -113,8 +111,7 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     /// @return the number of bytes copied
     /// @throws CKorException  internal error 0xE0000004, location 1030411, for a section or an immediate
     /// @throws CFileException of the file; endOfFile when the file has become too short; invalidFile when the
-    /// data is
-    ///                        in a file and none is attached
+    /// data was left in another file than the one that is attached to the root, if any
     int CopyBuffer(void* buffer, int maximum) const;
     /// Copies whole elements through CopyBuffer, and fails as it does.
     /// @param maximum      number of elements that the buffer holds
@@ -124,8 +121,7 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     /// GetArray for doubles.
     int GetDblArray(double* values, int maximum) const;
     /// @return the data as a text: up to its first zero byte, the last byte always counting as one; empty
-    /// when there
-    ///         are fewer than two bytes
+    ///         when there are fewer than two bytes
     CString GetString() const;
 
     /// @param kind  type word with bits 0 to 26 cleared, for example 0x80000000 for an immediate
@@ -149,13 +145,18 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     void weigh();
     void addRow(int added);
     CTagTree* newChild() const;
-    ULONGLONG CalcAllSize();
+    bool isLeft() const;
+    ULONGLONG CalcAllSize(bool& left);
     ULONGLONG sumSizes();
-    CTagTree* openChild(int next) const;
+    CTagTree* openChild(int next, bool& left) const;
 
     Header header_;
-    const void* data_ = nullptr;     // null with a size: the data is still in the file
-    kor::TagData* owned_ = nullptr;  // the tree's copy, shared with neighbours that were read with it
+    const void* data_ = nullptr;  // null with a size: the data is still in the file
+    union {
+        kor::TagData* owned_ = nullptr;  // with data: the tree's copy, shared with neighbours read with it
+        std::uintptr_t leftIn_;          // data that is still in the file: which file
+        CTagTree* nextNew_;              // a section while a tree is read: the one to be read next
+    };
 
     friend class CRootTagTree;
     friend class kor::TagTreeReader;
@@ -183,7 +184,9 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     /// Maps a key name back to the tag id; this version returns -1 (unknown).
     virtual int GetKeyId(int parentTag, DWORD type, const CString& name);
 
-    /// Attaches a file for WriteTree and ReadTree.
+    /// Attaches a file for WriteTree and ReadTree. A node whose data stayed in a file remembers which: it is
+    /// read from the same CFile object with the same path only, in whatever tree the node is by then, also
+    /// when the file was detached in between. (Files without a path are told apart as long as they live.)
     /// @param file   must outlive the attachment
     /// @param limit  data blocks of more bytes stay in the file when a tree is read; 16384 when negative
     void AttachTo(CFile& file, int limit);
@@ -194,14 +197,13 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
 
     /// Writes the tree at the file's current position and leaves the position behind it. Pad bytes are zero,
     /// so that equal trees give equal bytes. Sizes and positions in the headers are set before anything is
-    /// written. Data that was left in the file is loaded first, which works only when that file has stayed
-    /// attached since. A tree of more than 1,000 levels is written, but ReadTree refuses it. Without a file
-    /// and without a profile path it does nothing.
-    /// @throws CFileException of the file, with the tree written in part; before anything is written: generic
-    /// with
-    ///         system error 223 (ERROR_FILE_TOO_LARGE) when the tree would end beyond 4 GB, invalidFile when
-    ///         data was left in another file, generic with system error 120 (ERROR_CALL_NOT_IMPLEMENTED) when
-    ///         only a profile path is set: the profile form is not part of this version
+    /// written. Data that was left in the file is loaded first. A tree of more than 1,000 levels is written,
+    /// but ReadTree refuses it. Without a file and without a profile path it does nothing.
+    /// @throws CFileException of the file, with the tree written in part; before anything is written:
+    ///         generic with system error 223 (ERROR_FILE_TOO_LARGE) when the tree would end beyond 4 GB,
+    ///         invalidFile when data was left in another file, generic with system error 120
+    ///         (ERROR_CALL_NOT_IMPLEMENTED) when only a profile path is set: the profile form is not part of
+    ///         this version
     /// @throws CMemoryException
     void WriteTree();
 
@@ -209,8 +211,7 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     /// not defined. The root takes on the tag id and type word found there; children are appended to those it
     /// has. Nothing in the file is trusted. Without a file and without a profile path it does nothing.
     /// @throws CFileException of the file; endOfFile when the file ends before the header or a child table or
-    /// data
-    ///         block lies outside the file; generic with system error 11 (ERROR_BAD_FORMAT) when a table
+    ///         data block lies outside the file; generic with system error 11 (ERROR_BAD_FORMAT) when a table
     ///         contains itself, the tables and loaded data together need more bytes than the file has, or
     ///         nodes are nested deeper than 1,000 levels below the root; generic with system error 120 as in
     ///         WriteTree. After any exception the root has no children and its former tag id and type word
@@ -225,8 +226,6 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     CFile* file_ = nullptr;
     LONG limit_ = 0;
     CString profile_;
-    bool left_ = false;  // data was left in the file that is attached
-    bool lost_ = false;  // data was left in a file that is attached no more
 
     friend class CTagTree;
     friend class kor::TagTreeReader;

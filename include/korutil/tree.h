@@ -46,11 +46,9 @@ class KORUTIL_CLASS CKorSimpleTree : public CObject {
 
     /// Makes a node a child of this one, at the end of the rank order.
     /// @param node    the new child; it leaves its former parent first. Classes that override this make a
-    /// node of
-    ///                their own when it is null
-    /// @param before  the child in front of which it is inserted in child order; when null or no child of
-    /// this node,
-    ///                it is appended
+    ///                node of their own when it is null
+    /// @param before  the child in front of which it is inserted in child order; when null or no child
+    ///                of this node, it is appended
     /// @return `node`; null, and nothing changed, when it is null, this node itself or one of its ancestors
     /// @throws CMemoryException when memory is short; nothing is changed then
     virtual CKorSimpleTree* AddNewKnot(CKorSimpleTree* node, CKorSimpleTree* before = nullptr);
@@ -67,8 +65,7 @@ class KORUTIL_CLASS CKorSimpleTree : public CObject {
     int GetChildCount() const;
 
     /// @param index  an index or a navigation code of utlCalcIndex, relative to the top-rank child; an index
-    /// at or past
-    ///               the end gives the last child
+    ///               at or past the end gives the last child
     /// @return the child; null only when there are no children
     CKorSimpleTree* GetChild(int index) const;
 
@@ -181,8 +178,7 @@ class KORUTIL_CLASS CKorTree : public CKorSimpleTree {
     /// @param name  the new name; null for an empty one
     void SetName(LPCSTR name);
     /// @return the name; an empty string when called on a null node, which is tolerated (a caller built with
-    /// a
-    ///         sanitizer is stopped by its own check of the call)
+    ///         a sanitizer is stopped by its own check of the call)
     CString GetName() const;
 
     /// Copies the children's names in child order, in place of the array's former content.

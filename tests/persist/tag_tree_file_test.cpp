@@ -124,47 +124,6 @@ TEST(TagTreeFile, ATreeStandsAnywhereInAFile) {
     EXPECT_EQ(dump(copy), dump(root));
 }
 
-TEST(TagTreeFile, DataOverTheLimitStaysInTheFile) {
-    CRootTagTree root;
-    root.SaveTemporaryBuffer(1, 0, "0123456789", 10);
-    root.SaveTemporaryBuffer(2, 0, "abcd", 4);
-    const Bytes image = written(root);
-    for (const int limit : {0, 4, 9, 10}) {
-        ImageFile file(image);
-        CRootTagTree copy;
-        copy.AttachTo(file, limit);
-        copy.ReadTree();
-        char buffer[8] = {};
-        EXPECT_EQ(childAt(copy, 0).CopyBuffer(buffer, 3), 3);
-        EXPECT_STREQ(buffer, "012");
-        EXPECT_EQ(childAt(copy, 1).GetArray(buffer, 9, 2), 2);
-        EXPECT_STREQ(buffer, "abcd");
-        copy.Detach();
-        const auto readFirst = [&] { childAt(copy, 0).CopyBuffer(buffer, 8); };
-        const auto readSecond = [&] { childAt(copy, 1).CopyBuffer(buffer, 8); };
-        EXPECT_EQ(thrownBy(readFirst), limit < 10 ? kInvalidFile : "none") << limit;
-        EXPECT_EQ(thrownBy(readSecond), limit < 4 ? kInvalidFile : "none") << limit;
-        ImageFile cut(Bytes(image.begin(), image.end() - 6));
-        copy.AttachTo(cut, 0);
-        EXPECT_EQ(thrownBy(readSecond), limit < 4 ? kEndOfFile : "none") << limit;
-    }
-}
-
-TEST(TagTreeFile, ANegativeLimitIs16384) {
-    CRootTagTree root;
-    const Bytes data(16385, 7);
-    root.SaveStaticBuffer(1, 0, data.data(), 16384);
-    root.SaveStaticBuffer(2, 0, data.data(), 16385);
-    ImageFile file(written(root));
-    CRootTagTree copy;
-    copy.AttachTo(file, -5);
-    copy.ReadTree();
-    copy.Detach();
-    Bytes buffer(16385);
-    EXPECT_EQ(thrownBy([&] { childAt(copy, 0).CopyBuffer(buffer.data(), 16384); }), "none");
-    EXPECT_EQ(thrownBy([&] { childAt(copy, 1).CopyBuffer(buffer.data(), 1); }), kInvalidFile);
-}
-
 TEST(TagTreeFile, DataLeftInTheFileIsWrittenAgainInPlaceButNotElsewhere) {
     CRootTagTree root(0x77, 1);
     fill(root);
@@ -249,6 +208,43 @@ TEST(TagTreeFile, NodesComeFromTheFactoryWhereThereIsOne) {
     EXPECT_EQ(read(own, first, -1), read(plain, second, -1));
     EXPECT_NE(dynamic_cast<OwnNode*>(own[0]), nullptr);
     EXPECT_NE(dynamic_cast<OwnNode*>(childAt(own, 1)[0]), nullptr);
+}
+
+// Makes its nodes in front of the others.
+template <class Base>
+class InFront : public Base {
+  public:
+    CKorSimpleTree* AddNewKnot(CKorSimpleTree* node, CKorSimpleTree* before) override {
+        return node ? Base::AddNewKnot(node, before) : Base::AddNewKnot(new InFront<CTagTree>, (*this)[0]);
+    }
+};
+
+TEST(TagTreeFile, AFactoryMayPutItsNodesAnywhere) {
+    CRootTagTree root(1, 1);
+    for (DWORD tag = 0; tag < 3; ++tag) {
+        CTagTree* section = root.CreateSection(tag, 1);
+        section->SaveString(10 + tag, "text");
+        section->CreateSection(20 + tag, 2)->SaveLong(30 + tag, 3);
+        section->SaveTemporaryBuffer(40 + tag, 4, "1234", 4 - tag);
+    }
+    ImageFile file(written(root));
+    InFront<CRootTagTree> copy;
+    copy.CreateSection(77, 0)->SaveString(77, "old");
+    for (const int limit : {-1, 0}) {
+        while (copy.GetChildCount() > 1)
+            delete copy[0];
+        read(copy, file, limit);
+        ASSERT_EQ(copy.GetChildCount(), 4);
+        EXPECT_STREQ(childAt(childAt(copy, 3), 0).GetString(), "old");
+        for (int index = 0; index < 3; ++index) {
+            const CTagTree& made = childAt(root, 2 - index);
+            const CTagTree& section = childAt(copy, index);
+            ASSERT_EQ(section.GetChildCount(), 3);
+            EXPECT_EQ(section.GetTagID(), made.GetTagID());
+            for (int leaf = 0; leaf < 3; ++leaf)
+                EXPECT_EQ(dump(childAt(section, leaf)), dump(childAt(made, 2 - leaf)));
+        }
+    }
 }
 
 TEST(TagTreeFile, OnlySectionsStoreChildren) {

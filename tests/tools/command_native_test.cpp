@@ -182,6 +182,15 @@ TEST(Command, AFolderThatTheCodePageLacksIsNamed) {
               "korutil: " + folder.path("日") + ": code page 1252 cannot express U+65E5 '日'\n");
 }
 
+TEST(Command, ACodePageThatIsNotKnownIsRefused) {
+    const WorkFolder folder;
+    const Outcome outcome = run(
+        folder, Call{.arguments = {"tree", "show", "a.tag"}, .environment = {{"KORUTIL_CODEPAGE", "utf8"}}});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err,
+              "korutil: KORUTIL_CODEPAGE: 'utf8' is no code page; use 1252, 932, 936 or 65001\n");
+}
+
 TEST(Command, ANameIsWhatTheCodePageCanExpress) {
     const WorkFolder folder;
     folder.write("tree.json", kSmallTree);

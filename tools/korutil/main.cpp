@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
+#include <iterator>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "tools/korutil/command.h"
+#include "tools/korutil/failure.h"
 #include "tools/korutil/help.h"
 #include "tools/korutil/library_failure.h"
 #include "tools/korutil/utf8.h"
@@ -53,6 +56,17 @@ void refuseMore(std::span<const std::string_view> words, std::size_t most) {
         throw UsageError("'" + std::string(words[most]) + "' is not expected after " +
                          std::string(words[most - 1]) + "; see korutil --help");
     }
+}
+
+// The library takes 1252 for any code page that it does not know: texts would be stored wrong without a word.
+void checkCodePage() {
+    constexpr const char* kVariable = "KORUTIL_CODEPAGE";
+    constexpr std::string_view kKnown[] = {"1252", "932", "936", "65001"};
+    const char* given = std::getenv(kVariable);
+    if (!given || *given == '\0' ||
+        std::find(std::begin(kKnown), std::end(kKnown), given) != std::end(kKnown))
+        return;
+    throw Failure(kVariable, "'" + std::string(given) + "' is no code page; use 1252, 932, 936 or 65001");
 }
 
 void runCommand(const Command& command, std::span<const std::string_view> words, Output& output) {
@@ -101,6 +115,7 @@ void dispatch(std::span<const std::string_view> words, Output& output) {
     }
     const Command* command = findCommand(name);
     if (!command) throw UsageError("unknown command '" + name + "'; see korutil --help");
+    checkCodePage();
     runCommand(*command, words.subspan(taken), output);
 }
 
