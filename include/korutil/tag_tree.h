@@ -70,8 +70,8 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     CTagTree* SaveDouble(DWORD tag, double value);
     CTagTree* SavePoint(DWORD tag, POINT point);
 
-    /// Copies a text. Its size includes the terminating zero, but an empty text (or null) has size 0 and no
-    /// data.
+    /// Copies a text, which is in the ANSI code page. Its size includes the terminating zero, but an empty
+    /// text (or null) has size 0 and no data.
     CTagTree* SaveString(DWORD tag, LPCSTR text);
     /// The same; the second argument is ignored on purpose.
     CTagTree* SaveString(DWORD tag, DWORD ignored, LPCSTR text);
