@@ -1,25 +1,12 @@
 #include "runtime/folder_form.h"
 
-#include "platform/win32.h"
+#include "platform/last_separator.h"
 
 namespace kor {
 namespace {
 
 bool isDriveLetter(char letter) {
     return (letter >= 'A' && letter <= 'Z') || (letter >= 'a' && letter <= 'z');
-}
-
-// The second byte of a double-byte character may look like a backslash, so the text is walked from its start.
-std::size_t lastBackslash(const std::string& text) {
-    std::size_t found = std::string::npos;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (IsDBCSLeadByte(static_cast<BYTE>(text[i]))) {
-            ++i;
-        } else if (text[i] == '\\') {
-            found = i;
-        }
-    }
-    return found;
 }
 
 bool isRoot(std::string_view folder) {
@@ -36,7 +23,7 @@ bool isAbsolutePath(std::string_view path) {
 }
 
 void normaliseFolder(std::string& folder) {
-    const bool closed = !folder.empty() && lastBackslash(folder) == folder.size() - 1;
+    const bool closed = endsInSeparator(folder, "\\");
     if (isRoot(folder)) {
         if (!closed) folder += '\\';
     } else if (closed) {
@@ -45,7 +32,7 @@ void normaliseFolder(std::string& folder) {
 }
 
 std::string folderOf(const std::string& fileName) {
-    const std::size_t end = lastBackslash(fileName);
+    const std::size_t end = lastSeparator(fileName, "\\");
     return end == std::string::npos ? std::string() : fileName.substr(0, end);
 }
 

@@ -1,4 +1,4 @@
-#include <array>
+#include <cstddef>
 #include <new>
 #include <string>
 
@@ -28,24 +28,36 @@ class ErrorModeScope {
     UINT former_;
 };
 
-using PathBuffer = std::array<char, MAX_PATH>;
-
-// The text of a path function's buffer; empty when the function failed or the path does not fit.
-std::string pathText(const PathBuffer& buffer, DWORD length) {
-    return length < buffer.size() ? std::string(buffer.data(), length) : std::string();
+// The text of a path function that tells the size it needs; empty when it failed.
+template <typename Function>
+std::string pathText(Function function) {
+    std::string text(MAX_PATH, '\0');
+    DWORD length = function(text.data(), static_cast<DWORD>(text.size()));
+    // A path that grows meanwhile is asked for again, but not for ever.
+    for (int tries = 0; tries < 4 && length >= text.size(); ++tries) {
+        text.resize(std::size_t{length} + 1);
+        length = function(text.data(), static_cast<DWORD>(text.size()));
+    }
+    text.resize(length < text.size() ? length : 0);
+    return text;
 }
 
-std::string hostFolder() {
-    PathBuffer buffer;
-    return folderOf(pathText(buffer, GetModuleFileNameA(processState().host, buffer.data(), MAX_PATH)));
+// This one tells a path that is cut by the size it was given.
+std::string hostFileName() {
+    constexpr std::size_t kMost = 0x10000;
+    for (std::string text(MAX_PATH, '\0'); text.size() <= kMost; text.resize(text.size() * 2)) {
+        const DWORD length =
+            GetModuleFileNameA(processState().host, text.data(), static_cast<DWORD>(text.size()));
+        if (length < text.size()) return text.substr(0, length);
+    }
+    return {};
 }
+
+std::string hostFolder() { return folderOf(hostFileName()); }
 
 std::string folderFor(DWORD options) {
-    PathBuffer buffer;
-    if (options & kLoadFromSystemFolder)
-        return pathText(buffer, GetSystemDirectoryA(buffer.data(), MAX_PATH));
-    if (options & kLoadFromWindowsFolder)
-        return pathText(buffer, GetWindowsDirectoryA(buffer.data(), MAX_PATH));
+    if (options & kLoadFromSystemFolder) return pathText(GetSystemDirectoryA);
+    if (options & kLoadFromWindowsFolder) return pathText(GetWindowsDirectoryA);
     return hostFolder();
 }
 
@@ -53,8 +65,7 @@ std::string folderFor(DWORD options) {
 class FolderScope {
   public:
     explicit FolderScope(std::string folder) {
-        PathBuffer buffer;
-        former_ = pathText(buffer, GetCurrentDirectoryA(MAX_PATH, buffer.data()));
+        former_ = pathText([](char* buffer, DWORD size) { return GetCurrentDirectoryA(size, buffer); });
         if (folder.empty() || former_.empty()) return;
         normaliseFolder(folder);
         if (lstrcmpiA(folder.c_str(), former_.c_str()) != 0) changed_ = change(folder);

@@ -103,6 +103,22 @@ TEST(ForeignMemory, IsOnePrivateRegionPerEntry) {
     munmap(pages, 5 * kPage);
 }
 
+// A walk may rest on what was read for its first block; a question that begins anew may not.
+TEST(ForeignMemory, IsToldAsItIsWhenTheSamePageIsAskedAboutAgain) {
+    auto* pages = static_cast<char*>(
+        mmap(nullptr, 4 * kPage, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_EQ(mprotect(pages, 3 * kPage, PROT_READ), 0);
+    for (char* asked : {pages + kPage, pages}) {
+        EXPECT_EQ(query(asked).Protect, PAGE_READONLY);
+        ASSERT_EQ(mprotect(asked, kPage, PROT_READ | PROT_EXEC), 0);
+        EXPECT_EQ(query(asked).Protect, PAGE_EXECUTE_READ);
+        EXPECT_EQ(query(asked).Protect, PAGE_EXECUTE_READ);
+        ASSERT_EQ(munmap(asked, kPage), 0);
+        EXPECT_EQ(query(asked).State, MEM_FREE);
+    }
+    munmap(pages, 4 * kPage);
+}
+
 // The system joins neighbours that are alike to one entry; our reservation must still be told apart.
 TEST(ForeignMemory, EndsWhereAReservationOfOursBegins) {
     auto* place = static_cast<char*>(VirtualAlloc(nullptr, 0x30000, MEM_RESERVE, PAGE_READWRITE));

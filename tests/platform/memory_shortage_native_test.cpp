@@ -19,6 +19,8 @@
 
 namespace {
 
+using kor::test::FailingAllocation;
+
 // Where all of it happens. The functions under test are not to be called before, so the folder is made
 // natively.
 struct Places {
@@ -57,6 +59,7 @@ struct Places {
 const Places* places = nullptr;
 
 char buffer[4096];
+constexpr char kClassName[] = "KorUtil.Window.Class.With.A.Name";
 
 HANDLE opened(const std::string& name, DWORD disposition, DWORD flags = 0) {
     return CreateFileA(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, disposition, flags, nullptr);
@@ -243,7 +246,7 @@ constexpr Call kCalls[] = {
     {"RegisterClassA",
      [] {
          WNDCLASSA window{};
-         window.lpszClassName = "KorUtil.Window.Class.With.A.Name";
+         window.lpszClassName = kClassName;
          window.lpszMenuName = "KorUtil.Menu.With.A.Name.As.Well";
          if (!RegisterClassA(&window)) return false;
          // Without memory to look for it, it stays.
@@ -330,10 +333,39 @@ class Outcome {
         EXPECT_EQ(wrongError_, 0u) << call.name << " failed for another reason";
     }
 
+    bool onlyFailed() const { return !thrown_ && wrongError_ == 0; }
+
   private:
     bool thrown_ = false;
     DWORD wrongError_ = 0;
 };
+
+// The first test, and in a process of its own, so that it meets the first use of everything: what is set up
+// then must not end the process when there is no memory to tell of the lack.
+TEST(MemoryShortage, ThatLastsEndsInAFailure) {
+    const Places made;
+    places = &made;
+    const auto inNewProcess = [] {
+        int failed = 0, failures = 0;
+        for (const Call& call : kCalls) {
+            Outcome outcome;
+            bool happened = true;
+            for (int nth = 1; happened && nth < 10000; ++nth) {
+                FailingAllocation failing(nth, FailingAllocation::After::fails);
+                outcome.add(call);
+                failing.stop();
+                happened = failing.happened();
+                failures += happened;
+                UnregisterClassA(kClassName, nullptr);  // what could not be taken back without memory
+            }
+            if (outcome.onlyFailed()) continue;
+            std::fprintf(stderr, "%s did not fail for the lack of memory\n", call.name);
+            ++failed;
+        }
+        std::_Exit(failures < 150 ? 200 : failed);
+    };
+    EXPECT_EXIT(inNewProcess(), testing::ExitedWithCode(0), "");
+}
 
 TEST(MemoryShortage, EndsInAFailureThatLeavesNothingBehind) {
     const Places made;

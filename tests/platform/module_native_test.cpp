@@ -2,6 +2,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <iterator>
 #include <string>
 
 #include "platform/posix/kernel/native_name.h"
@@ -71,6 +72,40 @@ TEST(NativeModule, WithCodeOfAnotherSystemIsReadAsDataOnly) {
         EXPECT_EQ(GetModuleHandleA("code.dll"), nullptr) << "a data file is not among the modules";
         EXPECT_TRUE(FreeLibrary(library));
     }
+}
+
+// The second byte of this character of code page 932 is a backslash.
+TEST(NativeModule, AndFilesAreFoundInAFolderWhoseNameEndsLikeASeparator) {
+    const auto inNewProcess = [] {
+        setenv("KORUTIL_CODEPAGE", "932", 1);
+        const std::string bytes = libraryBytes();
+        int failed = 0;
+        {
+            const kor::test::ScratchFolder scratch;
+            const std::string folder = scratch.folder("\x83\x5C");
+            scratch.file("\x83\x5C\\KorOther.dll", bytes);
+            scratch.file("\x83\x5C\\\x83\x5C.dll", bytes);
+            char found[MAX_PATH];
+            const auto search = [&](const char* name, const char* extension) {
+                return std::string(found,
+                                   SearchPathA(folder.c_str(), name, extension, MAX_PATH, found, nullptr));
+            };
+            const bool succeeded[] = {
+                search("KorOther.dll", nullptr) == folder + "\\KorOther.dll",
+                search("\x83\x5C", ".dll") == folder + "\\\x83\x5C.dll",
+                GetTempFileNameA(folder.c_str(), "p", 1, found) == 1 && found == folder + "\\p1.tmp",
+                SetCurrentDirectoryA(folder.c_str()) != FALSE,
+                LoadLibraryA("KorOther") != nullptr,
+                LoadLibraryA("\x83\x5C") != nullptr,
+                GetModuleHandleA("\x83\x5C.DLL") != nullptr,
+                SetCurrentDirectoryA("Z:\\") != FALSE,
+            };
+            for (std::size_t at = 0; at < std::size(succeeded) && failed == 0; ++at)
+                if (!succeeded[at]) failed = static_cast<int>(at) + 1;
+        }
+        _exit(failed);
+    };
+    EXPECT_EXIT(inNewProcess(), testing::ExitedWithCode(0), "");
 }
 
 TEST(NativeModule, ThatTheLoaderRefusesIsNoModule) {

@@ -169,6 +169,11 @@ TEST(Module, IsRefusedWhenTheFileIsNoLibrary) {
         {scratch.file("text.dll", "This is a text, not a library."), 0, ERROR_BAD_EXE_FORMAT},
         {scratch.file("text2.dll", "This is a text, not a library."), LOAD_LIBRARY_AS_DATAFILE,
          ERROR_BAD_EXE_FORMAT},
+        {scratch.path("missing.dll"), LOAD_LIBRARY_AS_DATAFILE, ERROR_FILE_NOT_FOUND},
+        {scratch.path("nofolder\\x.dll"), LOAD_LIBRARY_AS_DATAFILE, ERROR_FILE_NOT_FOUND},
+        {"KorNoSuchModule", LOAD_LIBRARY_AS_DATAFILE, ERROR_FILE_NOT_FOUND},
+        {scratch.folder("folder"), LOAD_LIBRARY_AS_DATAFILE, ERROR_ACCESS_DENIED},
+        {"", LOAD_LIBRARY_AS_DATAFILE, ERROR_INVALID_PARAMETER},
         {scratch.file("empty.dll"), 0, ERROR_BAD_EXE_FORMAT},
         {scratch.file("magic.dll", "MZ"), 0, ERROR_BAD_EXE_FORMAT},
     };

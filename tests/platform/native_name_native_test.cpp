@@ -1,6 +1,7 @@
 // Drives, names and code pages over the native file system, and what only it can show.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -122,6 +123,15 @@ TEST_F(NativeFolder, LookUpsPassOverNamesThatCannotBeExpressed) {
     EXPECT_EQ(namesOf(scratch_.path("*")), (std::vector<std::string>{".", "..", "plain"}));
 }
 
+TEST_F(NativeFolder, LookUpsPassOverNamesOfDevicesUnlessThePathTakesNoneForOne) {
+    for (const char* name : {"con", "AUX.txt", "nul.c", "con1", "plain"})
+        make(name);
+    EXPECT_EQ(namesOf(scratch_.path("*")), (std::vector<std::string>{".", "..", "con1", "plain"}));
+    EXPECT_EQ(namesOf("\\\\?\\" + scratch_.path("*")),
+              (std::vector<std::string>{".", "..", "AUX.txt", "con", "con1", "nul.c", "plain"}));
+    EXPECT_EQ(bytesOf("\\\\?\\" + scratch_.path("con")), "con");
+}
+
 TEST_F(NativeFolder, WildCardsKeepTheSystemsRulesNextToDots) {
     for (const char* name : {"a", "ab", "abc", "a.b", "a.b.c", "noext", "x.txt"})
         make(name);
@@ -238,6 +248,100 @@ using NativeHome = testing::Test;
 std::string emptyHome() {
     std::string home = std::filesystem::temp_directory_path() / "korhome-XXXXXX";
     return mkdtemp(home.data()) ? home : std::string();
+}
+
+// Every way in which a name starts at the current folder.
+bool relativeNamesAreRefused(DWORD error) {
+    char text[MAX_PATH];
+    WIN32_FIND_DATAA data;
+    const auto fails = [error](bool succeeded) { return !succeeded && GetLastError() == error; };
+    return fails(GetCurrentDirectoryA(MAX_PATH, text) != 0) && isRefused("new", GENERIC_WRITE, error) &&
+           isRefused("Z:new", GENERIC_WRITE, error) && isRefused("..\\new", GENERIC_WRITE, error) &&
+           fails(GetFullPathNameA("new", MAX_PATH, text, nullptr) != 0) &&
+           fails(FindFirstFileA("*", &data) != INVALID_HANDLE_VALUE) &&
+           fails(CreateDirectoryA("new", nullptr)) && fails(SetCurrentDirectoryA("new")) &&
+           fails(!windowsOf("new").empty());
+}
+
+TEST(NativeWorkingFolder, WithoutANameRefusesWhatStartsThereUntilAnotherIsSet) {
+    const auto inNewProcess = [] {
+        const std::string home = emptyHome(), good = windowsOf(home);
+        const std::string foreign = home + "/\xE3\x81\x82", deleted = home + "/deleted";
+        const auto absoluteNamesWork = [&] {
+            std::ofstream(home + "/file") << "x";
+            return bytesOf(good + "\\file") == "x" && bytesOf(good.substr(2) + "\\FILE") == "x";
+        };
+        const int failed = firstFailed({
+            [&] { return mkdir(foreign.c_str(), 0700) == 0 && chdir(foreign.c_str()) == 0; },
+            [] { return relativeNamesAreRefused(ERROR_INVALID_NAME); },
+            absoluteNamesWork,
+            [&] { return SetCurrentDirectoryA(good.c_str()) && windowsOf("x") == good + "\\x"; },
+            [&] { return mkdir(deleted.c_str(), 0700) == 0 && SetCurrentDirectoryA("deleted"); },
+            [&] { return rmdir(deleted.c_str()) == 0 && relativeNamesAreRefused(ERROR_PATH_NOT_FOUND); },
+            absoluteNamesWork,
+            [&] { return SetCurrentDirectoryA(good.c_str()) && bytesOf("file") == "x"; },
+            [&] { return SetCurrentDirectoryA("C:\\") && chdir(foreign.c_str()) == 0; },
+            [&] { return nativeOf("Z:x") == home + "/x"; },
+        });
+        std::filesystem::remove_all(home);
+        std::_Exit(failed);
+    };
+    EXPECT_EXIT(inNewProcess(), testing::ExitedWithCode(0), "");
+}
+
+TEST(NativeWorkingFolder, FollowsTheHostOnDriveZ) {
+    const auto inNewProcess = [] {
+        const std::string home = emptyHome(), path = windowsOf(home);
+        std::filesystem::create_directory(home + "/sub");
+        std::filesystem::create_directory_symlink("sub", home + "/link");
+        const int failed = firstFailed({
+            [&] { return SetCurrentDirectoryA((path + "\\link").c_str()); },
+            [&] { return windowsOf("x") == path + "\\link\\x"; },
+            [&] { return chdir(home.c_str()) == 0 && windowsOf("x") == path + "\\x"; },
+            [&] { return nativeOf("z:x") == home + "/x"; },
+            [&] { return chdir("/") == 0 && windowsOf("x") == "Z:\\x"; },
+            [&] { return SetCurrentDirectoryA("C:\\") && chdir(home.c_str()) == 0; },
+            [&] { return windowsOf("x").ends_with("\\drive_c\\x"); },
+        });
+        std::filesystem::remove_all(home);
+        std::_Exit(failed);
+    };
+    EXPECT_EXIT(inNewProcess(), testing::ExitedWithCode(0), "");
+}
+
+void becomeUserWithoutVariables(uid_t user) {
+    for (const char* name : {"KORUTIL_HOME", "XDG_DATA_HOME", "HOME"})
+        unsetenv(name);
+    if (setuid(user) != 0) std::_Exit(99);
+}
+
+// As a user who may not write to the folder: asking for the drive would make it.
+TEST(NativeHome, WithoutAVariableIsTheAccounts) {
+    const passwd* account = getpwnam("daemon");
+    if (getuid() != 0 || !account) GTEST_SKIP() << "only root can become another user";
+    const std::string expected = account->pw_dir + std::string("/.local/share/korutil/drive_c/x");
+    const auto inNewProcess = [&](const char* variable) {
+        becomeUserWithoutVariables(account->pw_uid);
+        if (variable) setenv("HOME", variable, 1);
+        std::_Exit(nativeOf("C:\\x") == expected ? 0 : 1);
+    };
+    EXPECT_EXIT(inNewProcess(nullptr), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(inNewProcess(""), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(inNewProcess("relative"), testing::ExitedWithCode(0), "");
+}
+
+TEST(NativeHome, OfAUserWithoutAnAccountHasNoDriveC) {
+    constexpr uid_t kNobodysNumber = 3999999999;
+    if (getuid() != 0 || getpwuid(kNobodysNumber)) GTEST_SKIP() << "only root can become such a user";
+    const auto inNewProcess = [] {
+        becomeUserWithoutVariables(kNobodysNumber);
+        std::_Exit(firstFailed({
+            [] { return isRefused("C:\\x", GENERIC_READ, ERROR_PATH_NOT_FOUND); },
+            [] { return (GetLogicalDrives() & 1u << 2) == 0; },
+            [] { return nativeOf("Z:\\usr") == "/usr"; },
+        }));
+    };
+    EXPECT_EXIT(inNewProcess(), testing::ExitedWithCode(0), "");
 }
 
 TEST(NativeHome, HoldsDriveCAndTheOtherDrives) {

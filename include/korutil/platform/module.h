@@ -47,7 +47,8 @@ KORPLATFORM_API HMODULE WINAPI LoadLibraryA(LPCSTR name);
 /// @param flags  LOAD_LIBRARY_AS_DATAFILE or DONT_RESOLVE_DLL_REFERENCES: the file's resources only, code or
 /// not;
 ///               LOAD_WITH_ALTERED_SEARCH_PATH: accepted
-/// @return as LoadLibraryA; with a reserved that is not null, null and last error 87
+/// @return as LoadLibraryA; with a reserved that is not null, null and last error 87. A data file that is
+///         missing gives 2, a folder 5, an empty name 87
 KORPLATFORM_API HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags);
 
 /// Gives one reference back; the last one unloads the module.

@@ -1,13 +1,18 @@
 #include "platform/posix/kernel/drive_map.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "platform/posix/kernel/native_text.h"
 
@@ -40,7 +45,24 @@ std::string withoutSeparator(std::string path) {
     return path;
 }
 
-std::string chosenHome() {
+// The user's own folder; nothing for a user without one.
+std::optional<std::string> userFolder() {
+    if (std::string given = environment("HOME"); given.starts_with('/')) return withoutSeparator(given);
+    constexpr std::size_t kMost = 1 << 20;
+    passwd entry{};
+    passwd* found = nullptr;
+    int failed = ERANGE;
+    for (std::vector<char> texts(1024); failed == ERANGE && texts.size() <= kMost;
+         texts.resize(texts.size() * 2)) {
+        failed = getpwuid_r(getuid(), &entry, texts.data(), texts.size(), &found);
+        if (failed == ENOMEM) throw std::bad_alloc();
+        if (failed == 0 && found && found->pw_dir && *found->pw_dir == '/')
+            return withoutSeparator(found->pw_dir);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> chosenHome() {
     if (const std::string given = environment("KORUTIL_HOME"); !given.empty()) {
         std::error_code failed;
         const std::filesystem::path home = std::filesystem::absolute(given, failed);
@@ -50,7 +72,9 @@ std::string chosenHome() {
     if (const std::string data = environment("XDG_DATA_HOME"); data.starts_with('/')) {
         return withoutSeparator(data) + "/korutil";
     }
-    return withoutSeparator(environment("HOME")) + "/.local/share/korutil";
+    const auto user = userFolder();
+    if (!user) return std::nullopt;
+    return *user + "/.local/share/korutil";
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -62,7 +86,9 @@ std::string_view trimmed(std::string_view text) {
 // Lines `D: /data`; others, and those for C and Z, are passed over.
 DriveFolders readDrives() {
     DriveFolders folders;
-    const std::string lines = nativeText((homeFolder() + "/drives.conf").c_str());
+    folders[letterIndex('Z')] = "";
+    if (!homeFolder()) return folders;
+    const std::string lines = nativeText((*homeFolder() + "/drives.conf").c_str());
     for (std::string_view rest = lines; !rest.empty();) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
         const std::string_view text = trimmed(rest.substr(0, end));
@@ -73,7 +99,7 @@ DriveFolders readDrives() {
             folders[static_cast<std::size_t>(letterIndex(text[0]))] = withoutSeparator(std::string(folder));
         }
     }
-    folders[letterIndex('C')] = homeFolder() + "/drive_c";
+    folders[letterIndex('C')] = *homeFolder() + "/drive_c";
     folders[letterIndex('Z')] = "";
     return folders;
 }
@@ -84,19 +110,22 @@ const DriveFolders& drives() {
 }
 
 void makeSystemDrive(const std::string& folder) {
-    static std::once_flag once;
-    std::call_once(once, [&folder] {
-        // A drive that cannot be made is found missing by whoever uses it.
-        std::error_code failed;
-        std::filesystem::create_directories(folder + "/WINDOWS/SYSTEM32", failed);
-        failWithoutMemory(failed);
-    });
+    // Not std::call_once: what is thrown past it needs memory of the C library's, else the process ends.
+    static std::mutex mutex;
+    static bool tried = false;
+    const std::lock_guard lock(mutex);
+    if (tried) return;
+    // A drive that cannot be made is found missing by whoever uses it.
+    std::error_code failed;
+    std::filesystem::create_directories(folder + "/WINDOWS/SYSTEM32", failed);
+    failWithoutMemory(failed);
+    tried = true;
 }
 
 }  // namespace
 
-const std::string& homeFolder() {
-    static const std::string folder = chosenHome();
+const std::optional<std::string>& homeFolder() {
+    static const std::optional<std::string> folder = chosenHome();
     return folder;
 }
 

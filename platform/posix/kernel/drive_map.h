@@ -9,8 +9,9 @@
 namespace kor {
 
 /// The folder that holds drive C, drives.conf and the settings: KORUTIL_HOME, else `korutil` in the user's
-/// data folder.
-const std::string& homeFolder();
+/// data folder. The user's own folder is HOME, else the one in the user's account; nothing without both, and
+/// then drive C is not there.
+const std::optional<std::string>& homeFolder();
 
 /// @param letter  in either case
 /// @return the native folder without a separator at its end (empty for `/`); nothing for a drive that is not

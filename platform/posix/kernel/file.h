@@ -7,7 +7,13 @@
 /// `C:` is `drive_c` below KORUTIL_HOME, others stand in `drives.conf` there. Both separators are accepted. A
 /// name is looked up exactly first, then without regard to case, component by component. Network names
 /// (`\\server\...`) end in ERROR_BAD_NETPATH, the device name NUL is the null device, and the other device
-/// names are not there.
+/// names are not there: a file on disk that is called like one (`con`, `aux.txt`) can be reached under `\\?\`
+/// only, and look-ups without that skip it.
+///
+/// The process starts on `Z:` in its working folder. In one that no platform path names, every name that
+/// starts there, and GetCurrentDirectoryA, ends in ERROR_INVALID_NAME, in one that was deleted in
+/// ERROR_PATH_NOT_FOUND, until SetCurrentDirectoryA sets another; absolute names go on working. On `Z:` the
+/// host's own chdir() is followed, on another current drive it is not.
 ///
 /// Functions that return a BOOL give FALSE on failure and set the last error; so do the others with the value
 /// named at each. All of them may be called from any thread; two threads that use one file handle see its one

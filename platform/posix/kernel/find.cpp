@@ -76,12 +76,14 @@ struct DirectoryCloser {
 };
 
 // The names of a folder that match, its own two first and then in the order of their capitals.
-std::vector<std::string> matchingNames(DIR* directory, const kor::WildCard& pattern, bool isRoot) {
+// @param literal  the names are used in a path that takes no name for a device
+std::vector<std::string> matchingNames(DIR* directory, const kor::WildCard& pattern, bool isRoot,
+                                       bool literal) {
     std::vector<std::pair<std::string, std::string>> found;
     while (const dirent* entry = readdir(directory)) {
         const std::string_view name = entry->d_name;
         if (isOwnName(name) ? isRoot : !kor::platformName(name)) continue;
-        if (!pattern.matches(name)) continue;
+        if (!pattern.matches(name) || (!literal && kor::isDeviceName(name))) continue;
         // Nothing comes before a control character, which no other name holds.
         std::string key = isOwnName(name) ? std::string(1, '\x01').append(name) : kor::foldedName(name);
         found.emplace_back(std::move(key), name);
@@ -135,7 +137,9 @@ HANDLE findMatching(std::string_view folderText, std::string_view pattern, WIN32
     const std::unique_ptr<DIR, DirectoryCloser> directory(opendir(path->native.c_str()));
     if (!directory) return failed(kor::errorFromErrno(errno));
     const bool isRoot = path->full.size() <= 3;
-    return started(std::move(folder), matchingNames(directory.get(), kor::WildCard(pattern), isRoot), data);
+    const bool literal = folderText.starts_with("\\\\?\\");
+    return started(std::move(folder), matchingNames(directory.get(), kor::WildCard(pattern), isRoot, literal),
+                   data);
 }
 
 }  // namespace

@@ -53,8 +53,10 @@ KORPLATFORM_API BOOL WINAPI RemoveDirectoryA(LPCSTR name) {
 }
 
 KORPLATFORM_API DWORD WINAPI GetCurrentDirectoryA(DWORD size, LPSTR buffer) {
-    return kor::withMemory(
-        0, [&]() -> DWORD { return kor::utf8Result(kor::currentFolders().current(), buffer, size); });
+    return kor::withMemory(0, [&]() -> DWORD {
+        const auto folder = kor::currentFolder();
+        return folder ? kor::utf8Result(*folder, buffer, size) : 0;
+    });
 }
 
 KORPLATFORM_API BOOL WINAPI SetCurrentDirectoryA(LPCSTR name) {

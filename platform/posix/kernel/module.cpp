@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "korutil/platform/last_error.h"
+#include "platform/posix/kernel/known_code_page.h"
 #include "platform/posix/kernel/loaded_modules.h"
 #include "platform/posix/kernel/module_search.h"
 #include "platform/posix/kernel/native_name.h"
@@ -19,23 +20,33 @@ ModulePointer failed(DWORD error) {
     return nullptr;
 }
 
+// The key of a name in the code page; of one that is no text there the bytes, which no file is called.
+std::string keyOf(const char* name) { return kor::moduleKey(kor::utf8FromText(name).value_or(name)); }
+
 // A loaded module by its name or path.
 ModulePointer loadedModule(const char* name) {
-    if (!kor::hasFolder(name)) return kor::moduleByKey(kor::moduleKey(name));
+    if (!kor::hasFolder(name)) return kor::moduleByKey(keyOf(name));
     const auto path = kor::findLibrary(name);
     return path ? kor::moduleByPath(*path) : nullptr;
 }
 
-ModulePointer load(const char* name, bool asData) {
-    if (!name || !*name) return failed(ERROR_MOD_NOT_FOUND);
+// A data file is missed as files are, a library in one way only: required, as the system does so.
+DWORD missingError(const char* name, bool dataFile) {
+    if (!dataFile) return ERROR_MOD_NOT_FOUND;
+    return kor::namesFolder(name) ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
+}
+
+ModulePointer load(const char* name, DWORD flags) {
+    const bool dataFile = (flags & LOAD_LIBRARY_AS_DATAFILE) != 0;
+    if (!name || !*name) return failed(dataFile ? ERROR_INVALID_PARAMETER : ERROR_MOD_NOT_FOUND);
     if (!kor::hasFolder(name)) {
-        if (const auto known = kor::moduleByKey(kor::moduleKey(name));
-            known && kor::addReference(known, false)) {
+        if (const auto known = kor::moduleByKey(keyOf(name)); known && kor::addReference(known, false)) {
             return known;
         }
     }
     const auto path = kor::findLibrary(name);
-    return path ? kor::loadModule(*path, asData) : failed(ERROR_MOD_NOT_FOUND);
+    if (!path) return failed(missingError(name, dataFile));
+    return kor::loadModule(*path, dataFile || (flags & DONT_RESOLVE_DLL_REFERENCES));
 }
 
 std::atomic<UINT> errorMode{0};
@@ -45,8 +56,7 @@ std::atomic<UINT> errorMode{0};
 HMODULE WINAPI LoadLibraryExA(LPCSTR name, HANDLE reserved, DWORD flags) {
     return kor::withMemory(nullptr, [&]() -> HMODULE {
         if (reserved) return kor::handleOf(failed(ERROR_INVALID_PARAMETER));
-        return kor::handleOf(
-            load(name, (flags & (LOAD_LIBRARY_AS_DATAFILE | DONT_RESOLVE_DLL_REFERENCES)) != 0));
+        return kor::handleOf(load(name, flags));
     });
 }
 

@@ -9,6 +9,7 @@
 #include "korutil/platform.h"
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
+#include "platform/last_separator.h"
 #include "platform/posix/kernel/file.h"
 #include "platform/posix/kernel/loaded_modules.h"
 #include "platform/posix/kernel/native_name.h"
@@ -17,13 +18,19 @@
 namespace kor {
 namespace {
 
-// A folder that the platform tells through a buffer of MAX_PATH characters.
+constexpr std::string_view kFolderEnds = "\\/:";
+
+// A folder that the platform tells through a buffer.
 template <typename Function>
 void addTold(std::vector<std::string>& folders, Function function) {
-    char buffer[MAX_PATH];
-    const DWORD length = function(buffer);
+    std::string buffer(MAX_PATH, '\0');
+    DWORD length = function(buffer.data(), static_cast<DWORD>(buffer.size()));
+    if (length >= buffer.size()) {
+        buffer.resize(length);
+        length = function(buffer.data(), static_cast<DWORD>(buffer.size()));
+    }
     if (length == 0) passShortageOn();
-    if (length > 0 && length < MAX_PATH) folders.emplace_back(buffer, length);
+    if (length > 0 && length < buffer.size()) folders.push_back(buffer.substr(0, length));
 }
 
 bool isFile(const std::string& nativePath) {
@@ -59,9 +66,9 @@ std::vector<std::string> libraryFolders() {
         const auto folder = windowsPath(host->nativePath.substr(0, host->nativePath.rfind('/') + 1));
         if (folder) folders.push_back(*folder);
     }
-    addTold(folders, [](char* buffer) { return GetCurrentDirectoryA(MAX_PATH, buffer); });
-    addTold(folders, [](char* buffer) { return GetSystemDirectoryA(buffer, MAX_PATH); });
-    addTold(folders, [](char* buffer) { return GetWindowsDirectoryA(buffer, MAX_PATH); });
+    addTold(folders, [](char* buffer, DWORD size) { return GetCurrentDirectoryA(size, buffer); });
+    addTold(folders, GetSystemDirectoryA);
+    addTold(folders, GetWindowsDirectoryA);
     const char* environment = std::getenv("PATH");
     std::string_view rest = environment ? environment : "";
     while (!rest.empty()) {
@@ -76,14 +83,15 @@ std::vector<std::string> libraryFolders() {
     return folders;
 }
 
-std::string_view fileNameOf(std::string_view path) { return path.substr(path.find_last_of("\\/:") + 1); }
-
-std::string joined(const std::string& folder, std::string_view name) {
-    const bool separated = folder.ends_with('\\') || folder.ends_with('/');
-    return folder + (separated ? "" : "\\") + std::string(name);
+std::string_view fileNameOf(std::string_view path) {
+    return path.substr(lastSeparator(path, kFolderEnds) + 1);
 }
 
-bool hasFolder(std::string_view name) { return name.find_first_of("\\/:") != std::string_view::npos; }
+std::string joined(const std::string& folder, std::string_view name) {
+    return folder + (endsInSeparator(folder, "\\/") ? "" : "\\") + std::string(name);
+}
+
+bool hasFolder(std::string_view name) { return lastSeparator(name, kFolderEnds) != std::string_view::npos; }
 
 std::optional<std::string> findLibrary(std::string_view name) {
     const std::vector<std::string> names = candidates(name);
@@ -103,6 +111,15 @@ std::optional<std::string> findLibrary(std::string_view name) {
         }
     }
     return std::nullopt;
+}
+
+bool namesFolder(std::string_view name) {
+    for (const std::string& path : {std::string(name), candidates(name).front()}) {
+        const auto native = nativePath(path.c_str());
+        struct stat status {};
+        if (native && stat(native->c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return true;
+    }
+    return false;
 }
 
 }  // namespace kor

@@ -19,4 +19,7 @@ std::string joined(const std::string& folder, std::string_view name);
 /// The native path of a library by the name that LoadLibraryA was given; nothing when there is no such file.
 std::optional<std::string> findLibrary(std::string_view name);
 
+/// Whether a name for which no library was found names a folder.
+bool namesFolder(std::string_view name);
+
 }  // namespace kor

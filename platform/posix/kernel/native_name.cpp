@@ -92,8 +92,8 @@ std::optional<ResolvedPath> resolveEntry(const char* path) {
 }
 
 std::optional<ResolvedPath> resolveUtf8(std::string_view path) {
-    const auto made = fullPath(path, currentFolders());
-    if (!made) return refused(ERROR_PATH_NOT_FOUND);
+    const auto made = absolutePath(path);
+    if (!made) return std::nullopt;
     std::string_view full = *made;
     if (full.starts_with("\\\\?\\")) full.remove_prefix(4);
     if (full.starts_with("\\\\.\\")) return devicePath(full);
@@ -122,10 +122,10 @@ std::optional<std::string> windowsPath(std::string_view native) {
     if (native.empty()) return refused(ERROR_PATH_NOT_FOUND);
     std::string start;
     if (native[0] != '/') {
-        const std::string current = currentFolders().current();
-        const auto folder = driveFolder(current[0]);
-        start = folder.value_or("");
-        for (const std::string_view component : componentsOf(current))
+        const auto current = currentFolder();
+        if (!current) return std::nullopt;
+        start = driveFolder(current->front()).value_or("");
+        for (const std::string_view component : componentsOf(*current))
             start.append("/").append(component);
     }
     std::vector<std::string> names;

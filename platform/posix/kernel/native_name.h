@@ -15,7 +15,8 @@
 /// The native path of a platform path: made absolute, its drive replaced by its folder, each component
 /// spelled as on disk when it is there, exactly or but for its case. What is not there keeps the caller's
 /// spelling, so the result serves for creating too. Failures: ERROR_PATH_NOT_FOUND (empty, no such
-/// drive), ERROR_INVALID_NAME (reserved character, not text of the code page),
+/// drive, relative in a deleted working folder), ERROR_INVALID_NAME (reserved character, not text of the code
+/// page, relative in a working folder that cannot be expressed),
 /// ERROR_BAD_NETPATH, ERROR_FILENAME_EXCED_RANGE.
 KORPLATFORM_API DWORD WINAPI korNativePath(LPCSTR path, LPSTR buffer, DWORD size);
 

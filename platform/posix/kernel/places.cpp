@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "korutil/platform/last_error.h"
+#include "platform/last_separator.h"
 #include "platform/posix/kernel/current_folder.h"
 #include "platform/posix/kernel/drive_map.h"
 #include "platform/posix/kernel/errno_error.h"
@@ -35,7 +36,7 @@ std::string temporaryFolder() {
         const char* given = std::getenv(name);
         if (!given || *given != '/' || !isFolder(given)) continue;
         if (auto path = kor::windowsPath(given)) {
-            if (path->back() != '\\') *path += '\\';
+            if (!kor::endsInSeparator(*path, "\\")) *path += '\\';
             return *path;
         }
     }
@@ -80,11 +81,9 @@ bool spellOnDisk(LPCSTR name, std::string& spelled) {
 KORPLATFORM_API DWORD WINAPI GetFullPathNameA(LPCSTR name, DWORD size, LPSTR buffer, LPSTR* part) {
     return kor::withMemory(0, [&]() -> DWORD {
         const auto text = kor::utf8FromText(name ? name : "");
-        const auto full = text ? kor::fullPath(*text, kor::currentFolders()) : std::nullopt;
-        if (!full) {
-            SetLastError(ERROR_INVALID_NAME);
-            return 0;
-        }
+        if (!text || text->empty()) return static_cast<DWORD>(failWith(ERROR_INVALID_NAME));
+        const auto full = kor::absolutePath(*text);
+        if (!full) return 0;
         const DWORD length = kor::utf8Result(*full, buffer, size);
         if (length == 0 || length >= size || !part) return length;
         const std::string_view last = std::string_view(*full).substr(full->rfind('\\') + 1);
@@ -121,7 +120,7 @@ KORPLATFORM_API UINT WINAPI GetTempFileNameA(LPCSTR folder, LPCSTR prefix, UINT 
         if (!path) return 0;
         if (!isFolder(path->native)) return static_cast<UINT>(failWith(ERROR_DIRECTORY));
         std::string start(given);
-        if (!start.empty() && start.back() != '\\' && start.back() != '/') start += '\\';
+        if (!start.empty() && !kor::endsInSeparator(start, "\\/")) start += '\\';
         start += std::string_view(prefix ? prefix : "").substr(0, 3);
 
         static std::atomic<UINT> next{GetTickCount()};

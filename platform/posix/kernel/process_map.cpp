@@ -11,20 +11,12 @@
 namespace kor {
 namespace {
 
-struct Entry {
-    PageRange pages;
-    DWORD protect;
-    unsigned device[2];
-    unsigned long long file;  // 0: none
-    bool mainStack;
+bool sameFile(const MapEntry& one, const MapEntry& other) {
+    return one.file != 0 && one.file == other.file && one.device[0] == other.device[0] &&
+           one.device[1] == other.device[1];
+}
 
-    bool sameFile(const Entry& other) const {
-        return file != 0 && file == other.file && device[0] == other.device[0] &&
-               device[1] == other.device[1];
-    }
-};
-
-bool parseEntry(const char* line, std::string_view whole, Entry& entry) {
+bool parseEntry(const char* line, std::string_view whole, MapEntry& entry) {
     unsigned long long begin = 0;
     unsigned long long end = 0;
     char access[5] = {};
@@ -37,22 +29,9 @@ bool parseEntry(const char* line, std::string_view whole, Entry& entry) {
     return true;
 }
 
-std::vector<Entry> readEntries() {
-    std::vector<Entry> entries;
-    const std::string text = nativeText("/proc/self/maps");
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        Entry entry{};
-        if (parseEntry(text.c_str() + at, std::string_view(text).substr(at, end - at), entry))
-            entries.push_back(entry);
-        at = end + 1;
-    }
-    return entries;
-}
-
 constexpr DWORD kImageProtect = PAGE_EXECUTE_WRITECOPY;
 
-MemoryBlock blockOf(const Entry& entry, std::uintptr_t region, DWORD regionProtect) {
+MemoryBlock blockOf(const MapEntry& entry, std::uintptr_t region, DWORD regionProtect) {
     // Address space that nothing can use yet is what the system calls reserved.
     const bool reserved = entry.file == 0 && entry.protect == PAGE_NOACCESS;
     return {entry.pages,
@@ -64,9 +43,9 @@ MemoryBlock blockOf(const Entry& entry, std::uintptr_t region, DWORD regionProte
 }
 
 // All adjoining entries of one file.
-std::vector<MemoryBlock> imageRegion(const std::vector<Entry>& entries, std::size_t at) {
+std::vector<MemoryBlock> imageRegion(const std::vector<MapEntry>& entries, std::size_t at) {
     const auto continues = [&](std::size_t i) {
-        return entries[i].sameFile(entries[i - 1]) && entries[i].pages.begin == entries[i - 1].pages.end;
+        return sameFile(entries[i], entries[i - 1]) && entries[i].pages.begin == entries[i - 1].pages.end;
     };
     std::size_t first = at;
     while (first > 0 && continues(first))
@@ -91,7 +70,7 @@ std::vector<MemoryBlock> stackBlocks(const StackParts& parts) {
 }
 
 // The stack that holds an address: the main thread's by its entry, the calling thread's by what it knows.
-bool stackAt(const std::vector<Entry>& entries, std::uintptr_t address, StackParts& parts) {
+bool stackAt(const std::vector<MapEntry>& entries, std::uintptr_t address, StackParts& parts) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (!entries[i].mainStack) continue;
         parts = mainStack(entries[i].pages, i > 0 ? entries[i - 1].pages.end : 0);
@@ -110,8 +89,20 @@ void cutStackOff(PageRange& pages, std::uintptr_t address) {
 
 }  // namespace
 
-std::vector<MemoryBlock> readRegion(std::uintptr_t address) {
-    const std::vector<Entry> entries = readEntries();
+std::vector<MapEntry> readProcessMap() {
+    std::vector<MapEntry> entries;
+    const std::string text = nativeText("/proc/self/maps");
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        MapEntry entry{};
+        if (parseEntry(text.c_str() + at, std::string_view(text).substr(at, end - at), entry))
+            entries.push_back(entry);
+        at = end + 1;
+    }
+    return entries;
+}
+
+std::vector<MemoryBlock> regionAt(const std::vector<MapEntry>& entries, std::uintptr_t address) {
     if (entries.empty()) return {};
     StackParts stack;
     if (stackAt(entries, address, stack)) return stackBlocks(stack);
@@ -119,7 +110,7 @@ std::vector<MemoryBlock> readRegion(std::uintptr_t address) {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (entries[i].pages.contains(address)) {
             if (entries[i].file != 0) return imageRegion(entries, i);
-            Entry entry = entries[i];
+            MapEntry entry = entries[i];
             cutStackOff(entry.pages, address);
             return {blockOf(entry, entry.pages.begin, entry.protect)};
         }
@@ -138,7 +129,7 @@ std::vector<MemoryBlock> readRegion(std::uintptr_t address) {
 
 bool readMapped(const PageRange& pages, DWORD& protect) {
     std::uintptr_t covered = pages.begin;
-    for (const Entry& entry : readEntries()) {
+    for (const MapEntry& entry : readProcessMap()) {
         if (!entry.pages.contains(covered)) continue;
         if (covered == pages.begin) protect = entry.protect;
         covered = entry.pages.end;

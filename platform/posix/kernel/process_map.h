@@ -17,9 +17,21 @@ struct MemoryBlock {
     DWORD type;
 };
 
-/// The blocks of the region that holds an address, or the one free block there; read from the process map at
-/// once. Empty when the map cannot be read. Our own reservations are not known here.
-std::vector<MemoryBlock> readRegion(std::uintptr_t address);
+/// One entry of the process map.
+struct MapEntry {
+    PageRange pages;
+    DWORD protect;
+    unsigned device[2];
+    unsigned long long file;  // 0: none
+    bool mainStack;
+};
+
+/// The process map as it is now, in order of addresses; empty when it cannot be read.
+std::vector<MapEntry> readProcessMap();
+
+/// The blocks of the region that holds an address, or the one free block there. Empty when the map is. Our
+/// own reservations are not known here.
+std::vector<MemoryBlock> regionAt(const std::vector<MapEntry>& map, std::uintptr_t address);
 
 /// Whether all pages of a range are mapped; `protect` then receives the protection of the first.
 bool readMapped(const PageRange& pages, DWORD& protect);

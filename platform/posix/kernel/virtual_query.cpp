@@ -1,8 +1,9 @@
 // Describing memory: our own regions from the table, all else from the process map.
-#include <algorithm>
-#include <array>
+#include <pthread.h>
+
+#include <cstddef>
 #include <new>
-#include <span>
+#include <utility>
 #include <vector>
 
 #include "korutil/platform/last_error.h"
@@ -12,49 +13,65 @@
 namespace kor {
 namespace {
 
-// The region that this thread asked about last. A walk from block to block within it is answered from here,
-// so that it costs one reading of the map and sees one state of it. Without a destructor: to register one
-// takes memory, and the process ends when there is none. A region of more blocks than fit is read again on
-// the way.
+// The walk from block to block that goes on: it is answered from one reading of the map, and sees one state
+// of it. Walks that cross each other read the map more often, that is all. Kept for the process, under the
+// table's lock: a thread_local of this size would not fit a second time where libraries come and go.
 struct Walk {
-    std::array<MemoryBlock, 32> blocks;
-    std::size_t count;
-    std::uintptr_t next;  // where the block told last ended
+    std::vector<MapEntry> map;
+    std::vector<MemoryBlock> blocks;  // of the region told last; none: no walk
+    pthread_t thread;
     unsigned changes;
-};
-constinit thread_local Walk walk{};
+    std::uintptr_t next;    // where the block told last ended
+    std::uintptr_t region;  // where its region starts, to which a walk may go back once; 0: not
 
-template <class Blocks>
-const MemoryBlock* blockAt(const Blocks& blocks, std::uintptr_t page) {
+    bool goesOnAt(std::uintptr_t page, unsigned changesNow) const {
+        return !blocks.empty() && changes == changesNow && pthread_equal(thread, pthread_self()) != 0 &&
+               (page == next || (page == region && region != 0));
+    }
+};
+
+// Outlives every other object's destructor, as the table does.
+alignas(Walk) std::byte walkStorage[sizeof(Walk)];
+
+Walk& lastWalk() {
+    static Walk& walk = *new (walkStorage) Walk{};
+    return walk;
+}
+
+const MemoryBlock* blockAt(const std::vector<MemoryBlock>& blocks, std::uintptr_t page) {
     for (const MemoryBlock& block : blocks)
         if (block.pages.contains(page)) return &block;
     return nullptr;
 }
 
+// The block at a page, as the walk has read it or, where none goes on, as it is now.
 bool readBlock(std::uintptr_t page, unsigned changes, MemoryBlock& told) {
-    const std::vector<MemoryBlock> region = readRegion(page);
-    const MemoryBlock* block = blockAt(region, page);
-    if (block == nullptr) return false;
-    told = *block;
-    const std::size_t at = static_cast<std::size_t>(block - region.data());
-    walk.count = std::min(region.size() - at, walk.blocks.size());
-    std::copy_n(block, walk.count, walk.blocks.begin());
-    walk.changes = changes;
-    return true;
+    Walk& walk = lastWalk();
+    const bool goesOn = walk.goesOnAt(page, changes);
+    if (const MemoryBlock* known = goesOn ? blockAt(walk.blocks, page) : nullptr) {
+        told = *known;
+        walk.region = 0;
+        return true;
+    }
+    Walk fresh{{}, {}, pthread_self(), changes, 0, 0};
+    fresh.map = goesOn ? std::move(walk.map) : readProcessMap();
+    fresh.blocks = regionAt(fresh.map, page);
+    const MemoryBlock* block = blockAt(fresh.blocks, page);
+    if (block != nullptr) told = *block;
+    const bool found = block != nullptr;
+    // The step out of its region is a walk's last.
+    walk = goesOn ? Walk{} : std::move(fresh);
+    return found;
 }
 
 bool describeForeign(std::uintptr_t page, const ReservationTable& table, MemoryBlock& told) {
-    const MemoryBlock* known = nullptr;
-    if (page == walk.next && table.changes() == walk.changes)
-        known = blockAt(std::span(walk.blocks).first(walk.count), page);
-    if (known != nullptr)
-        told = *known;
-    else if (!readBlock(page, table.changes(), told))
-        return false;
+    if (!readBlock(page, table.changes(), told)) return false;
     // The system joins neighbours that are alike, ours among them, to one entry.
     const PageRange own = table.clip(told.pages, page);
     if (told.region == told.pages.begin) told.region = own.begin;
     told.pages = {page, own.end};
+    Walk& walk = lastWalk();
+    if (walk.next == 0 && page != told.region) walk.region = told.region;
     walk.next = own.end;
     return true;
 }

@@ -127,12 +127,15 @@ std::optional<std::string> fullPath(std::string_view path, const CurrentFolders&
         const std::string root = std::string(path.substr(0, 2)) + '\\';
         const std::string_view rest = path.substr(2);
         if (!rest.empty() && isSeparator(rest[0])) return joined(root, {}, rest);
-        return joined(root, std::string_view(folders.currentOf(path[0])).substr(2), rest);
+        const std::string current = folders.currentOf(path[0]);
+        if (current.size() < 3) return std::nullopt;
+        return joined(root, std::string_view(current).substr(2), rest);
     }
     const std::string current = folders.current();
     const std::string root = current.substr(0, 2) + '\\';
-    return joined(root, isSeparator(path[0]) ? std::string_view() : std::string_view(current).substr(2),
-                  path);
+    if (isSeparator(path[0])) return joined(root, {}, path);
+    if (current.size() < 3) return std::nullopt;
+    return joined(root, std::string_view(current).substr(2), path);
 }
 
 }  // namespace kor

@@ -13,17 +13,17 @@ class CurrentFolders {
   public:
     virtual ~CurrentFolders() = default;
 
-    /// The current folder, absolute (`Z:\home\x`, `Z:\`).
+    /// The current folder, absolute (`Z:\home\x`, `Z:\`); only its drive (`Z:`) when it has no name.
     virtual std::string current() const = 0;
 
-    /// The current folder of a drive, absolute.
+    /// The same of a drive.
     virtual std::string currentOf(char drive) const = 0;
 };
 
 /// Makes a path absolute and plain. A trailing separator is kept. A last component that is a device name
 /// gives
 /// `\\.\NAME`.
-/// @return nothing for an empty path
+/// @return nothing for an empty path, and for one that starts in a folder without a name
 std::optional<std::string> fullPath(std::string_view path, const CurrentFolders& folders);
 
 /// NUL, CON, COM1 and so on, with or without an extension.
