@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KorUtil)
-set(installed_targets KorUtil KorPlatform)
+set(installed_targets KorUtil KorPlatform KorFaultTranslation)
 file(RELATIVE_PATH from_bin_to_lib /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
 if(NOT WIN32)
   set_target_properties(KorUtil KorPlatform PROPERTIES INSTALL_RPATH "$ORIGIN")

@@ -6,6 +6,13 @@ target_compile_definitions(KorUtil PRIVATE KORUTIL_BUILD)
 target_compile_features(KorUtil PUBLIC cxx_std_20)
 set_target_properties(KorUtil PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 
+# For programs with a guard and the code that may fault in one source file; see korutil/fault_guard.h.
+add_library(KorFaultTranslation INTERFACE)
+add_library(KorUtil::FaultTranslation ALIAS KorFaultTranslation)
+set_target_properties(KorFaultTranslation PROPERTIES EXPORT_NAME FaultTranslation)
+target_compile_options(KorFaultTranslation INTERFACE
+  $<$<OR:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<COMPILE_LANG_AND_ID:C,GNU>>:-fnon-call-exceptions;-fasynchronous-unwind-tables>)
+
 function(korutil_finish_library)
   if(NOT WIN32)
     target_link_libraries(KorUtil PUBLIC KorPlatform)

@@ -105,7 +105,9 @@ DWORD arithmeticCode(int detail) {
     }
 }
 
-DWORD exceptionCode(int signal, const siginfo_t* info) {
+DWORD exceptionCode(int signal, const siginfo_t* info, const ucontext_t* state) {
+    const auto address = reinterpret_cast<std::uintptr_t>(info->si_addr);
+    const auto stackPointer = static_cast<std::uintptr_t>(state->uc_mcontext.gregs[REG_RSP]);
     switch (signal) {
         case SIGFPE:
             return arithmeticCode(info->si_code);
@@ -114,13 +116,14 @@ DWORD exceptionCode(int signal, const siginfo_t* info) {
         case SIGBUS:
             return info->si_code == BUS_ADRALN ? EXCEPTION_DATATYPE_MISALIGNMENT : EXCEPTION_IN_PAGE_ERROR;
         default:
-            return isBesideThreadStack(info->si_addr) ? EXCEPTION_STACK_OVERFLOW : EXCEPTION_ACCESS_VIOLATION;
+            return hasStackOverflowed(address, stackPointer) ? EXCEPTION_STACK_OVERFLOW
+                                                             : EXCEPTION_ACCESS_VIOLATION;
     }
 }
 
 EXCEPTION_RECORD recordOf(int signal, const siginfo_t* info, const ucontext_t* state) {
     EXCEPTION_RECORD record{};
-    record.ExceptionCode = exceptionCode(signal, info);
+    record.ExceptionCode = exceptionCode(signal, info, state);
     record.ExceptionAddress = reinterpret_cast<void*>(state->uc_mcontext.gregs[REG_RIP]);
     if (signal == SIGSEGV || signal == SIGBUS) {
         record.NumberParameters = 2;
@@ -150,6 +153,23 @@ bool prepareUnwinding(ucontext_t* state, const siginfo_t* info) {
     return true;
 }
 
+// The system gives a handler the floating-point unit in its first state, but who catches the exception goes
+// on with the thread's own. After a trap the code that throws may use the unit itself: then all are masked.
+void takeFloatingPoint(const ucontext_t* state, bool trapped) {
+    constexpr unsigned kX87Masks = 0x3F;
+    constexpr unsigned kSseMasks = 0x1F80;
+    constexpr unsigned kSsePending = 0x3F;
+    const fpregset_t unit = state->uc_mcontext.fpregs;
+    if (!unit) return;
+    const auto control = static_cast<unsigned short>(unit->cwd | (trapped ? kX87Masks : 0));
+    const unsigned mxcsr = trapped ? (unit->mxcsr & ~kSsePending) | kSseMasks : unit->mxcsr;
+    asm volatile("fldcw %0\n\tldmxcsr %1" : : "m"(control), "m"(mxcsr));
+}
+
+bool isFloatingPoint(DWORD code) {
+    return code >= EXCEPTION_FLT_DENORMAL_OPERAND && code <= EXCEPTION_FLT_UNDERFLOW;
+}
+
 void onFault(int signal, siginfo_t* info, void* context) {
     auto* state = static_cast<ucontext_t*>(context);
     const bool sent = wasSent(signal, info);
@@ -159,8 +179,9 @@ void onFault(int signal, siginfo_t* info, void* context) {
         EXCEPTION_POINTERS pointers{&record, reinterpret_cast<CONTEXT*>(context)};
         if (prepareUnwinding(state, info)) {
             // Only now: whoever takes the guard off must tell of it.
-            const bool access = record.ExceptionCode == EXCEPTION_ACCESS_VIOLATION;
-            if (access && korTakeGuardPage(info->si_addr)) record.ExceptionCode = STATUS_GUARD_PAGE_VIOLATION;
+            if (signal == SIGSEGV && korTakeGuardPage(info->si_addr))
+                record.ExceptionCode = STATUS_GUARD_PAGE_VIOLATION;
+            takeFloatingPoint(state, isFloatingPoint(record.ExceptionCode));
             translator(record.ExceptionCode, &pointers);
         }
     }

@@ -13,6 +13,7 @@ namespace {
 constexpr std::size_t kHandlerStackSize = 256 * 1024;
 constexpr std::size_t kLeastHandlerStackSize = 64 * 1024;
 constexpr std::uintptr_t kBelowStack = 1024 * 1024;  // how far below its end a large frame may reach
+constexpr std::uintptr_t kNear = 64 * 1024;          // of the stack pointer
 
 struct StackBounds {
     std::uintptr_t low;    // of the thread's stack, guard pages included; 0 while not known
@@ -20,42 +21,66 @@ struct StackBounds {
 };
 [[gnu::tls_model("initial-exec")]] thread_local StackBounds stackBounds{};
 
-// The stack that a thread's handler runs on, for the rest of the thread's life. One that is there already and
-// large enough is used as it is.
-class HandlerStack {
+// The stacks that handlers run on, one a thread, for the rest of the thread's life. One that is there already
+// and large enough is used as it is, and where memory is short a thread goes without. A key of the system
+// ends them: a thread_local with a destructor ends the process when there is no memory to register it.
+class HandlerStacks {
   public:
-    HandlerStack() {
-        stack_t ours{};
-        if (sigaltstack(nullptr, &former_) != 0 || isLargeEnough(former_)) return;
+    HandlerStacks() : usable_(pthread_key_create(&key_, release) == 0) {}
+    HandlerStacks(const HandlerStacks&) = delete;
+    HandlerStacks& operator=(const HandlerStacks&) = delete;
+
+    // The library may be unloaded. Other threads' stacks stay: only they themselves can put them away.
+    ~HandlerStacks() {
+        if (!usable_) return;
+        usable_ = false;
+        void* own = pthread_getspecific(key_);
+        pthread_key_delete(key_);
+        if (own) release(own);
+    }
+
+    void prepareThread() const {
+        stack_t former{};
+        if (!usable_ || pthread_getspecific(key_)) return;
+        if (sigaltstack(nullptr, &former) != 0 || isLargeEnough(former)) return;
         void* memory =
             mmap(nullptr, kHandlerStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (memory == MAP_FAILED) return;
+        *formerOf(memory) = former;
+        stack_t ours{};
         ours.ss_sp = memory;
-        ours.ss_size = kHandlerStackSize;
-        if (sigaltstack(&ours, nullptr) == 0) {
-            memory_ = memory;
-        } else {
-            munmap(memory, kHandlerStackSize);
+        ours.ss_size = kHandlerStackSize - kFormerSize;
+        if (pthread_setspecific(key_, memory) == 0) {
+            if (sigaltstack(&ours, nullptr) == 0) return;
+            pthread_setspecific(key_, nullptr);
         }
-    }
-    HandlerStack(const HandlerStack&) = delete;
-    HandlerStack& operator=(const HandlerStack&) = delete;
-    ~HandlerStack() {
-        if (!memory_) return;
-        stack_t current{};
-        sigaltstack(nullptr, &current);
-        if (current.ss_sp == memory_ && sigaltstack(&former_, nullptr) != 0) return;  // still running on it
-        munmap(memory_, kHandlerStackSize);
+        munmap(memory, kHandlerStackSize);
     }
 
   private:
+    static constexpr std::size_t kFormerSize = 64;  // a multiple of what a stack is aligned to
+    static_assert(sizeof(stack_t) <= kFormerSize);
+
     static bool isLargeEnough(const stack_t& stack) {
         return !(stack.ss_flags & SS_DISABLE) && stack.ss_size >= kLeastHandlerStackSize;
     }
 
-    stack_t former_{};
-    void* memory_ = nullptr;
+    // What the thread had before stands above its stack.
+    static stack_t* formerOf(void* memory) {
+        return reinterpret_cast<stack_t*>(static_cast<char*>(memory) + kHandlerStackSize - kFormerSize);
+    }
+
+    static void release(void* memory) {
+        stack_t current{};
+        sigaltstack(nullptr, &current);
+        if (current.ss_sp == memory && sigaltstack(formerOf(memory), nullptr) != 0) return;  // still on it
+        munmap(memory, kHandlerStackSize);
+    }
+
+    pthread_key_t key_{};
+    bool usable_;
 };
+HandlerStacks handlerStacks;
 
 void findStackBounds() {
     pthread_attr_t attributes;
@@ -74,14 +99,16 @@ void findStackBounds() {
 }  // namespace
 
 void prepareFaultThread() {
-    thread_local const HandlerStack handlerStack;
+    handlerStacks.prepareThread();
     if (stackBounds.low == 0) findStackBounds();
 }
 
-bool isBesideThreadStack(const void* address) {
-    const auto at = reinterpret_cast<std::uintptr_t>(address);
+bool hasStackOverflowed(std::uintptr_t address, std::uintptr_t stackPointer) {
     const StackBounds& stack = stackBounds;
-    return stack.low != 0 && at >= stack.low - kBelowStack && at < stack.low + stack.guard;
+    if (stack.low == 0 || address + kNear < stackPointer) return false;
+    const std::uintptr_t least = stack.low - kBelowStack;
+    const std::uintptr_t end = stack.low + stack.guard;
+    return address >= least && address < end && stackPointer >= least && stackPointer < end + kNear;
 }
 
 }  // namespace kor

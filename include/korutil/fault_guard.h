@@ -20,24 +20,35 @@
 /// floating-point fault every trap is masked; `appResetFP` brings the unit back to its default state, and
 /// the caller switches on again the traps that it wants.
 ///
+/// After any other fault the unit's control settings (rounding, traps) are what they were.
+///
 /// What is promised, on both targets: the fault may sit in code that was compiled without special flags,
-/// also in plain C, as long as it is in a function called under the guard and its module carries unwind
-/// tables (GCC and clang write them unless they are switched off).
+/// also in plain C, as long as it is called under the guard across a border through which the compiler does
+/// not see: the function lies in another source file (built without link-time optimisation), in another
+/// module, or is called through a pointer whose value the compiler does not know. Its module must carry
+/// unwind tables (GCC and clang write them unless they are switched off).
 ///
 /// What the compiler cannot promise:
-/// - A function in which a fault shall run destructors or reach a catch clause of its own must be
-///   compiled by GCC with `-fnon-call-exceptions -fasynchronous-unwind-tables`. Without them, and with
-///   other compilers at all, call the risky work in a separate function that is not inlined.
+/// - Within one source file the compiler sees that a function which only computes throws nothing, and
+///   leaves the calls of it out of the tables: its fault then ends in `std::terminate`, also when it is not
+///   inlined (`noinline`, `noipa`). So a file that holds a guard, a catch clause or destructors together with
+///   the code that may fault must be compiled by GCC with `-fnon-call-exceptions
+///   -fasynchronous-unwind-tables`: in CMake, link the program with `KorUtil::FaultTranslation`, which adds
+///   these options. Other compilers have no such option: put the risky work into a file of its own.
 /// - A fault whose result is not used may be optimised away, and what a faulting function had changed
 ///   before may be seen or not: variables that the handler reads are best `volatile` or behind a call.
 /// - A fault below a function that must not throw (`noexcept`, a destructor, `strlen` and kin called
 ///   directly from a frame with a handler or destructors of its own, a callback of code without unwind
 ///   tables) ends in `std::terminate`.
-/// - A fault inside the memory allocator, or while a lock is held that only its owner's normal course
-///   releases, leaves that allocator or lock as it was.
+/// - A fault while a lock is held that only its owner's normal course releases leaves that lock as it was.
+///   The translation itself allocates: after a fault inside the memory allocator (a heap that was
+///   overwritten) it may wait for ever or end the process.
 /// - Natively: a signal that was sent (`kill`, `raise`) is not a fault; it goes to the handler that was
-///   there before. A stack overflow is translated, but the frames within the last few kilobytes of the
-///   stack must not have destructors to run.
+///   there before. A thread that blocks SIGSEGV, SIGFPE, SIGILL or SIGBUS has its faults of that kind not
+///   translated: the system ends the process. A breakpoint (`int3`) is not translated; a privileged
+///   instruction (`hlt`) is told as an access violation. A stack overflow is translated, but the frames
+///   within the last few kilobytes of the stack must not have destructors to run; it is not when memory was
+///   too short to give the thread a stack for its handler, with its first guard.
 /// - On Windows: a fault inside a module without unwind tables (the system's own libraries) and a stack
 ///   overflow are not translated. A continuable exception that was raised by `RaiseException` is. The
 ///   guard works through the process's unhandled-exception filter, which every new guard takes back when

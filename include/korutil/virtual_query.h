@@ -25,7 +25,8 @@ static_assert(sizeof(UtlVirtualDescription) == 11 * sizeof(void*));
 ///
 /// A region is private until the first block of another type is met. It is a stack when a block is guarded,
 /// or when its last four blocks are, in order, reserved, without access, read-write and reserved. Where
-/// nothing is allocated only the first four words are set.
+/// nothing is allocated only the first four words are set. Natively the main thread's stack and the calling
+/// thread's are told as stacks; those of other threads are told as plain private blocks.
 /// @param address      any address
 /// @param description  cleared first, then filled
 /// @return 1, or 0 when the system cannot tell or there is no description

@@ -78,6 +78,45 @@ TEST(FaultGuardNative, AStackOverflowIsTranslatedOnEveryThread) {
     }
 }
 
+TEST(FaultGuardNative, AnAccessBelowTheStackIsNoOverflow) {
+    // A stack of our own, with what a thread may reach by a wild pointer right below it.
+    constexpr std::size_t kPage = 4096;
+    constexpr std::size_t kHalf = 512 * 1024;
+    auto* memory = static_cast<char*>(VirtualAlloc(nullptr, 2 * kHalf, MEM_COMMIT, PAGE_READWRITE));
+    ASSERT_NE(memory, nullptr);
+    DWORD former = 0;
+    ASSERT_TRUE(VirtualProtect(memory, kHalf, PAGE_NOACCESS, &former));
+    ASSERT_TRUE(VirtualProtect(memory + kHalf - 2 * kPage, kPage, PAGE_READWRITE | PAGE_GUARD, &former));
+    struct Told {
+        const char* stack;
+        DWORD beside, far, guard, again;
+    } told{memory + kHalf, 0, 0, 0, 0};
+    const auto body = [](void* argument) -> void* {
+        auto* at = static_cast<Told*>(argument);
+        const auto readBelow = [at](std::size_t distance) {
+            const auto* from = reinterpret_cast<const int*>(at->stack - distance);
+            return guarded([from] { korFaulting()->read(from); });
+        };
+        at->beside = readBelow(sizeof(int));
+        at->far = readBelow(kHalf / 2);
+        at->guard = readBelow(kPage + sizeof(int));
+        at->again = readBelow(kPage + sizeof(int));
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstack(&attributes, memory + kHalf, kHalf), 0);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, body, &told), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(told.beside, EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(told.far, EXCEPTION_ACCESS_VIOLATION);
+    EXPECT_EQ(told.guard, STATUS_GUARD_PAGE_VIOLATION);
+    EXPECT_EQ(told.again, 0u);
+    EXPECT_TRUE(VirtualFree(memory, 0, MEM_RELEASE));
+}
+
 TEST(FaultGuardNative, AFaultInsideAPlainLibraryIsTranslated) {
     EXPECT_EQ(guarded([] { korFaulting()->measure(noText); }), EXCEPTION_ACCESS_VIOLATION);
     EXPECT_EQ(guarded([] { faultingModule()->measure(noText); }), EXCEPTION_ACCESS_VIOLATION);

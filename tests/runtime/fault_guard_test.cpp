@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
+#include <cfenv>
 #include <string>
 #include <thread>
 #include <utility>
@@ -136,6 +137,22 @@ TEST(FaultGuard, TrapsAreMaskedAfterATranslatedOne) {
               0u);
     EXPECT_GT(korFaulting()->divideDouble(1.0, zero), 1e300);
     EXPECT_GT(korFaulting()->divideExtended(1.0L, zero), 1e300L);
+}
+
+TEST(FaultGuard, RoundingAndTrapsSurviveAFaultOfAnotherKind) {
+    constexpr unsigned kControl = _MM_ROUND_MASK | kSseDivideTrap;
+    for (const Fault fault : {kCases[0].fault, kCases[1].fault}) {
+        ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
+        trapSseDivision();
+        EXPECT_NE(guarded([&] { fault(*korFaulting()); }).first, 0u);
+        EXPECT_EQ(std::fegetround(), FE_UPWARD);
+        EXPECT_EQ(_mm_getcsr() & kControl, unsigned{_MM_ROUND_UP});
+        // A trap masks them all, and leaves the rounding.
+        EXPECT_EQ(guarded([] { korFaulting()->divideDouble(1.0, zero); }).first, kor::test::kSseDivisionCode);
+        EXPECT_EQ(std::fegetround(), FE_UPWARD);
+        EXPECT_EQ(_mm_getcsr() & kControl, _MM_ROUND_UP | kSseDivideTrap);
+        std::fesetround(FE_TONEAREST);
+    }
 }
 
 TEST(FaultGuard, AnInnerGuardLeavesTheOuterOneAtWork) {

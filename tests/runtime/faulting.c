@@ -10,6 +10,8 @@ PLAIN static int divide(int dividend, int divisor) { return dividend / divisor; 
 
 PLAIN static int readInt(const int* from) { return *(const volatile int*)from; }
 
+PLAIN int korReadInt(const int* from) { return readInt(from); }
+
 PLAIN static void writeInt(int* to) { *(volatile int*)to = 1; }
 
 PLAIN static void callFunction(void (*function)(void)) {

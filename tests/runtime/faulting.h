@@ -15,5 +15,8 @@ struct Faulting {
     int (*recurse)(int depth);
 };
 
+/// As `read` in the table, to be called by its name.
+int korReadInt(const int* from);
+
 /// The table of the functions that this build of the source holds; exported by the module.
 __attribute__((visibility("default"))) const struct Faulting* korFaulting(void);
