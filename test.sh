@@ -23,8 +23,7 @@ scripts/setup-native.sh || exit 1
 scripts/suite.sh native "$counts" || result=1
 
 if [ "$windows" != no ]; then
-  reason=$(scripts/setup-windows.sh | tee /dev/stderr | tail -n 1; exit "${PIPESTATUS[0]}")
-  if [ $? -eq 0 ]; then
+  if reason=$(scripts/setup-windows.sh); then
     scripts/suite.sh win32 "$counts" || result=1
   elif [ "$windows" = required ]; then
     echo "The Windows target cannot be tested here: ${reason#setup: }" >&2

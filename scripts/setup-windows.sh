@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the compiler and Wine for the Windows target where they are missing. Asks nothing.
 # Removes no package; takes none back to an older version unless CI or KORUTIL_ALLOW_DOWNGRADES is set.
-# Exit status 0: ready. 77: cannot be had here; the last line printed says why.
+# Exit status 0: ready. 77: cannot be had here; the one line on standard output says why.
 set -u
 
 packages=(g++-mingw-w64-i686-posix wine wine32:i386 libgtest-dev)
@@ -25,7 +25,7 @@ if [ "$(id -u)" != 0 ]; then
   as_root=(sudo -n)
 fi
 
-echo "setup: installing ${packages[*]}"
+echo "setup: installing ${packages[*]} (a minute or two)" >&2
 log=$(mktemp "${TMPDIR:-/tmp}/korutil-setup.XXXXXX")
 work=$(mktemp -d "${TMPDIR:-/tmp}/korutil-apt.XXXXXX")
 chmod 755 "$work"
