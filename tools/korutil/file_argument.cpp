@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/posix/kernel/native_name.h"
+#include "korutil/platform/name.h"
 #include "platform/win32.h"
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/failure.h"
