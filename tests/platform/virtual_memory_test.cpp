@@ -7,27 +7,19 @@
 #include <vector>
 
 #include "platform/win32.h"
+#include "tests/platform/region.h"
 #include "tests/platform/seeded.h"
 #include "tests/support/random.h"
 
 namespace {
 
 using kor::test::gives;
-constexpr SIZE_T kPage = 4096;
-
-struct Release {
-    void operator()(void* region) const { VirtualFree(region, 0, MEM_RELEASE); }
-};
-using Region = std::unique_ptr<char, Release>;
+using kor::test::kPage;
+using kor::test::query;
+using kor::test::Region;
 
 Region reserve(SIZE_T size) {
     return Region(static_cast<char*>(VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_READWRITE)));
-}
-
-MEMORY_BASIC_INFORMATION query(const void* address) {
-    MEMORY_BASIC_INFORMATION block{};
-    EXPECT_EQ(VirtualQuery(address, &block, sizeof block), sizeof block) << address;
-    return block;
 }
 
 TEST(VirtualMemory, ReservesAtMultiplesOf64K) {
