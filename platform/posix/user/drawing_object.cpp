@@ -1,3 +1,5 @@
+#include "korutil/platform/drawing_object.h"
+
 #include <array>
 #include <map>
 #include <mutex>
@@ -5,7 +7,6 @@
 
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
-#include "korutil/platform/window.h"
 #include "platform/posix/kernel/with_memory.h"
 
 namespace {

@@ -1,3 +1,5 @@
+#include "korutil/platform/message_box.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,10 +14,9 @@
 
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
-#include "korutil/platform/window.h"
 #include "platform/posix/kernel/display_text.h"
-#include "platform/posix/kernel/transfer.h"
 #include "platform/posix/kernel/with_memory.h"
+#include "platform/posix/user/terminal.h"
 
 namespace {
 
@@ -47,11 +48,6 @@ std::size_t defaultOf(std::span<const Button> buttons, UINT style) {
     return index < buttons.size() ? index : 0;
 }
 
-void print(std::string_view text) {
-    kor::transferAll([](const char* data, std::size_t size) { return write(STDERR_FILENO, data, size); },
-                     text.data(), text.size());
-}
-
 // What of a text is plain ASCII, a piece at a time.
 void printPlain(const char* text) {
     for (; text && *text; ++text) {
@@ -65,24 +61,10 @@ void show(const char* caption, const char* text) {
     try {
         std::string shown = kor::displayText(caption) + ": " + kor::displayText(text);
         shown.erase(shown.find_last_not_of('\n') + 1);
-        print(shown + "\n");
+        kor::print(shown + "\n");
     } catch (const std::bad_alloc&) {
         for (const char* part : {caption, ": ", text, "\n"})
             printPlain(part);
-    }
-}
-
-// A line of the terminal, without its end; false when there is none any more. What exceeds `kMost` is
-// dropped.
-bool readLine(std::string& line) {
-    constexpr std::size_t kMost = 256;
-    line.clear();
-    for (char c = 0;;) {
-        const ssize_t count = read(STDIN_FILENO, &c, 1);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return !line.empty();
-        if (c == '\n') return true;
-        if (line.size() < kMost) line += c;
     }
 }
 
@@ -99,14 +81,15 @@ const Button* chosen(std::span<const Button> buttons, const std::string& answer)
 }
 
 int ask(std::span<const Button> buttons, std::size_t standard) {
+    constexpr std::size_t kLongestAnswer = 256;
     std::string prompt;
     for (const Button& button : buttons)
         prompt += std::string(prompt.empty() ? "" : " / ") + button.name;
     prompt += std::string(" [") + buttons[standard].name + "]: ";
     std::string answer;
     for (;;) {
-        print(prompt);
-        if (!readLine(answer)) print("\n");
+        kor::print(prompt);
+        if (!kor::readLine(answer, kLongestAnswer)) kor::print("\n");
         answer.erase(0, answer.find_first_not_of(" \t"));
         answer.erase(answer.find_last_not_of(" \t\r") + 1);
         if (answer.empty()) return buttons[standard].id;
@@ -133,11 +116,9 @@ int WINAPI MessageBoxA(HWND, LPCSTR text, LPCSTR caption, UINT style) {
     }
     const std::span<const Button> buttons = buttonsOf(style);
     const std::size_t standard = defaultOf(buttons, style);
-    // One box at a time: a question and its answer belong together.
-    static constinit std::mutex lock;
-    const std::lock_guard guard(lock);
+    const std::lock_guard guard(kor::terminalLock());
     show(caption ? caption : "Error", text);
-    const bool canAsk = buttons.size() > 1 && isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
+    const bool canAsk = buttons.size() > 1 && kor::canAsk();
     if (!canAsk) return buttons[standard].id;
     return kor::withMemory(0, [&] { return ask(buttons, standard); });
 }
@@ -156,6 +137,6 @@ int WINAPI MessageBoxIndirectA(const MSGBOXPARAMSA* parameters) {
 }
 
 BOOL WINAPI MessageBeep(UINT) {
-    if (isatty(STDERR_FILENO)) print("\a");
+    if (isatty(STDERR_FILENO)) kor::print("\a");
     return TRUE;
 }

@@ -1,30 +1,33 @@
+#include "platform/posix/user/window_class.h"
+
 #include <algorithm>
 #include <cctype>
 #include <list>
 #include <mutex>
-#include <string>
 
+#include "korutil/platform/drawing_object.h"
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
-#include "korutil/platform/window.h"
 #include "platform/posix/kernel/with_memory.h"
+#include "platform/posix/user/control_procedure.h"
 
+namespace kor {
 namespace {
 
 constexpr ATOM kFirstAtom = 0xC000;
 constexpr ATOM kLastAtom = 0xFFFF;
 
-struct WindowClass {
-    ATOM atom;
-    std::string key;  // the name in lower case
-    std::string menuName;
-    WNDCLASSA record;
-};
+using List = std::list<std::shared_ptr<WindowClass>>;
 
 struct Classes {
     std::mutex lock;
-    std::list<WindowClass> all;
+    List all;
     ATOM nextAtom = kFirstAtom;
+
+    Classes();
+
+  private:
+    void addSystems(const char* name, UINT style, WNDPROC procedure);
 };
 
 // Never destroyed: libraries unregister their classes while the process ends.
@@ -46,25 +49,32 @@ HINSTANCE moduleOrHost(HINSTANCE module) {
     return module;
 }
 
-// By name or atom; a global class is every module's.
-std::list<WindowClass>::iterator find(Classes& known, LPCSTR name, HINSTANCE module) {
+// By name or atom: the module's own class before a global one, and that before the system's.
+List::iterator find(Classes& known, LPCSTR name, HINSTANCE module) {
     const bool byAtom = IS_INTRESOURCE(name);
     const ATOM atom = static_cast<ATOM>(reinterpret_cast<ULONG_PTR>(name));
     const std::string key = byAtom ? std::string() : lowerCase(name);
-    return std::find_if(known.all.begin(), known.all.end(), [&](const WindowClass& item) {
-        if (byAtom ? item.atom != atom : item.key != key) return false;
-        return item.record.hInstance == module || (item.record.style & CS_GLOBALCLASS);
-    });
+    const auto rank = [&](const WindowClass& item) {
+        if (byAtom ? item.atom != atom : item.key != key) return 0;
+        if (item.isSystems) return 1;
+        if (item.record.hInstance == module) return 3;
+        return item.record.style & CS_GLOBALCLASS ? 2 : 0;
+    };
+    auto best = known.all.end();
+    for (auto item = known.all.begin(); item != known.all.end(); ++item) {
+        if (rank(**item) > (best == known.all.end() ? 0 : rank(**best))) best = item;
+    }
+    return best;
 }
 
 // One name has one atom, whichever modules register it.
 ATOM atomFor(Classes& known, const std::string& key) {
     const auto sameName =
-        std::find_if(known.all.begin(), known.all.end(), [&](const auto& item) { return item.key == key; });
-    if (sameName != known.all.end()) return sameName->atom;
+        std::find_if(known.all.begin(), known.all.end(), [&](const auto& item) { return item->key == key; });
+    if (sameName != known.all.end()) return (*sameName)->atom;
     const auto isFree = [&](ATOM atom) {
         return std::none_of(known.all.begin(), known.all.end(),
-                            [&](const auto& item) { return item.atom == atom; });
+                            [&](const auto& item) { return item->atom == atom; });
     };
     for (unsigned tries = 0; tries <= kLastAtom - kFirstAtom; ++tries) {
         const ATOM atom = known.nextAtom;
@@ -74,41 +84,85 @@ ATOM atomFor(Classes& known, const std::string& key) {
     return 0;
 }
 
+void Classes::addSystems(const char* name, UINT style, WNDPROC procedure) {
+    auto entry = std::make_shared<WindowClass>();
+    entry->name = name;
+    entry->key = lowerCase(name);
+    entry->atom = atomFor(*this, entry->key);
+    entry->record.style = style;
+    entry->record.lpfnWndProc = procedure;
+    entry->record.cbWndExtra = sizeof(LONG_PTR);
+    entry->record.hCursor = LoadCursorA(nullptr, procedure == editProcedure ? IDC_IBEAM : IDC_ARROW);
+    entry->isSystems = true;
+    all.push_back(std::move(entry));
+}
+
+Classes::Classes() {
+    addSystems("Button", CS_VREDRAW | CS_HREDRAW | CS_DBLCLKS | CS_PARENTDC, buttonProcedure);
+    addSystems("Edit", CS_DBLCLKS | CS_PARENTDC, editProcedure);
+    addSystems("Static", CS_DBLCLKS | CS_PARENTDC, staticProcedure);
+}
+
 ATOM failed(DWORD error) {
     SetLastError(error);
     return 0;
 }
 
+// Whether a module's class, but for the system's, has the name already.
+bool isTaken(Classes& known, LPCSTR name, HINSTANCE module) {
+    const auto found = find(known, name, module);
+    return found != known.all.end() && !(*found)->isSystems;
+}
+
+std::shared_ptr<WindowClass> entryFor(const WNDCLASSA& windowClass) {
+    auto entry = std::make_shared<WindowClass>();
+    entry->name = windowClass.lpszClassName;
+    entry->key = lowerCase(windowClass.lpszClassName);
+    entry->record = windowClass;
+    entry->record.hInstance = moduleOrHost(windowClass.hInstance);
+    if (!IS_INTRESOURCE(windowClass.lpszMenuName)) entry->menuName = windowClass.lpszMenuName;
+    return entry;
+}
+
 }  // namespace
+
+std::shared_ptr<const WindowClass> classForWindow(HINSTANCE module, LPCSTR name) {
+    Classes& known = classes();
+    const HINSTANCE owner = moduleOrHost(module);
+    const std::lock_guard lock(known.lock);
+    const auto found = find(known, name, owner);
+    return found == known.all.end() ? nullptr : *found;
+}
+
+}  // namespace kor
 
 ATOM WINAPI RegisterClassA(const WNDCLASSA* windowClass) {
     return kor::withMemory(ATOM{0}, [&]() -> ATOM {
         if (!windowClass || IS_INTRESOURCE(windowClass->lpszClassName) || !*windowClass->lpszClassName ||
             windowClass->cbClsExtra < 0 || windowClass->cbWndExtra < 0) {
-            return failed(ERROR_INVALID_PARAMETER);
+            return kor::failed(ERROR_INVALID_PARAMETER);
         }
-        WindowClass entry{0, lowerCase(windowClass->lpszClassName), {}, *windowClass};
-        entry.record.hInstance = moduleOrHost(windowClass->hInstance);
-        if (!IS_INTRESOURCE(windowClass->lpszMenuName)) entry.menuName = windowClass->lpszMenuName;
-        Classes& known = classes();
+        auto entry = kor::entryFor(*windowClass);
+        kor::Classes& known = kor::classes();
         const std::lock_guard lock(known.lock);
-        if (find(known, windowClass->lpszClassName, entry.record.hInstance) != known.all.end()) {
-            return failed(ERROR_CLASS_ALREADY_EXISTS);
+        if (kor::isTaken(known, windowClass->lpszClassName, entry->record.hInstance)) {
+            return kor::failed(ERROR_CLASS_ALREADY_EXISTS);
         }
-        entry.atom = atomFor(known, entry.key);
-        if (entry.atom == 0) return failed(ERROR_NOT_ENOUGH_MEMORY);
+        entry->atom = kor::atomFor(known, entry->key);
+        if (entry->atom == 0) return kor::failed(ERROR_NOT_ENOUGH_MEMORY);
         known.all.push_back(std::move(entry));
-        return known.all.back().atom;
+        return known.all.back()->atom;
     });
 }
 
 BOOL WINAPI UnregisterClassA(LPCSTR name, HINSTANCE module) {
     return kor::withMemory(FALSE, [&]() -> BOOL {
-        Classes& known = classes();
-        const HINSTANCE owner = moduleOrHost(module);
+        kor::Classes& known = kor::classes();
+        const HINSTANCE owner = kor::moduleOrHost(module);
         const std::lock_guard lock(known.lock);
-        const auto found = find(known, name, owner);
-        if (found == known.all.end()) return failed(ERROR_CLASS_DOES_NOT_EXIST);
+        const auto found = kor::find(known, name, owner);
+        if (found == known.all.end() || (*found)->isSystems) return kor::failed(ERROR_CLASS_DOES_NOT_EXIST);
+        if (found->use_count() > 1) return kor::failed(ERROR_CLASS_HAS_WINDOWS);
         known.all.erase(found);
         return TRUE;
     });
@@ -116,17 +170,16 @@ BOOL WINAPI UnregisterClassA(LPCSTR name, HINSTANCE module) {
 
 BOOL WINAPI GetClassInfoA(HINSTANCE module, LPCSTR name, WNDCLASSA* windowClass) {
     return kor::withMemory(FALSE, [&]() -> BOOL {
-        if (!windowClass) return failed(ERROR_NOACCESS);
-        Classes& known = classes();
+        if (!windowClass) return kor::failed(ERROR_NOACCESS);
+        kor::Classes& known = kor::classes();
         const std::lock_guard lock(known.lock);
-        const auto found = find(known, name, module);
-        if (found == known.all.end()) return failed(ERROR_CLASS_DOES_NOT_EXIST);
-        *windowClass = found->record;
+        const auto found = kor::find(known, name, module);
+        if (found == known.all.end()) return kor::failed(ERROR_CLASS_DOES_NOT_EXIST);
+        *windowClass = (*found)->record;
         windowClass->hInstance = module;
         windowClass->lpszClassName = name;
-        if (!IS_INTRESOURCE(windowClass->lpszMenuName)) windowClass->lpszMenuName = found->menuName.c_str();
-        return found->atom;
+        if (!IS_INTRESOURCE(windowClass->lpszMenuName))
+            windowClass->lpszMenuName = (*found)->menuName.c_str();
+        return (*found)->atom;
     });
 }
-
-LRESULT WINAPI DefWindowProcA(HWND, UINT, WPARAM, LPARAM) { return 0; }
