@@ -1,0 +1,161 @@
+#include "platform/posix/kernel/profile_contents.h"
+
+#include "platform/posix/kernel/profile_name.h"
+
+namespace kor {
+namespace {
+
+// Calls `visit(line span)` for the lines of a part of a text until it returns true.
+template <typename Visit>
+bool visitLines(std::string_view text, std::size_t begin, std::size_t end, Visit&& visit) {
+    while (begin < end) {
+        const ProfileLineSpan span = profileLineAt(text, begin);
+        if (visit(span)) return true;
+        begin = span.next;
+    }
+    return false;
+}
+
+std::optional<ProfileSectionLine> nextSection(const ProfileText& text, std::size_t from) {
+    return nextProfileSection(text.view(), from, text.leadBytes());
+}
+
+std::size_t beginOr(const std::optional<ProfileSectionLine>& line, std::size_t end) {
+    return line ? line->span.begin : end;
+}
+
+}  // namespace
+
+std::optional<ProfileSection> findProfileSection(const ProfileText& text, std::string_view name) {
+    name = askedProfileName(name);
+    const std::string_view view = text.view();
+    for (auto line = nextSection(text, 0); line; line = nextSection(text, line->span.next)) {
+        if (!isSameProfileName(line->name, name, text.page())) continue;
+        const std::size_t body = line->span.next;
+        return ProfileSection{line->span.begin, body, beginOr(nextSection(text, body), view.size())};
+    }
+    return std::nullopt;
+}
+
+std::optional<ProfileKeyLine> findProfileKey(const ProfileText& text, const ProfileSection& section,
+                                             std::string_view name) {
+    name = askedProfileName(name);
+    std::optional<ProfileKeyLine> found;
+    const std::string_view view = text.view();
+    visitLines(view, section.body, section.end, [&](const ProfileLineSpan& span) {
+        const ProfileLine line = readProfileLine(view.substr(span.begin, span.end - span.begin));
+        if (line.kind != ProfileLineKind::key || !isSameProfileName(line.name, name, text.page()))
+            return false;
+        found = {span, line};
+        return true;
+    });
+    return found;
+}
+
+// Of a UTF-16 file the text is up to half as large again as the file: with this the whole stays below twice
+// the file's size and 16 MB.
+ProfileContents::ProfileContents(ProfileText text)
+    : text_(std::move(text)), budget_(text_.view().size() / 3 + (std::size_t{8} << 20)) {}
+
+std::optional<ProfileSection> ProfileContents::section(std::string_view name) {
+    const Indexed* const indexed = indexedSection(name);
+    if (indexed) return indexed->where;
+    if (state_ == Index::givenUp) return findProfileSection(text_, name);
+    return std::nullopt;
+}
+
+std::optional<ProfileLine> ProfileContents::key(std::string_view section, std::string_view name) {
+    name = askedProfileName(name);
+    if (Indexed* const indexed = indexedSection(section)) {
+        if (indexed->state == Index::none) {
+            indexed->state = indexKeys(*indexed) ? Index::whole : Index::givenUp;
+        }
+        if (indexed->state == Index::whole) return indexedKey(*indexed, name);
+    }
+    const auto where = this->section(section);
+    if (!where) return std::nullopt;
+    const auto found = findProfileKey(text_, *where, name);
+    if (!found) return std::nullopt;
+    return found->line;
+}
+
+ProfileContents::Indexed* ProfileContents::indexedSection(std::string_view name) {
+    if (state_ == Index::none) state_ = indexSections() ? Index::whole : Index::givenUp;
+    if (state_ == Index::givenUp) return nullptr;
+    name = askedProfileName(name);
+    const std::uint32_t found = names_.find(profileNameHash(name, text_.page()), [&](std::uint32_t index) {
+        return isSameProfileName(sections_[index].name, name, text_.page());
+    });
+    return found == ProfileTable::kNone ? nullptr : &sections_[found];
+}
+
+bool ProfileContents::indexSections() {
+    bool added = true;
+    for (auto line = nextSection(text_, 0); added && line;) {
+        const auto next = nextSection(text_, line->span.next);
+        const std::size_t end = beginOr(next, text_.view().size());
+        added = addSection(line->name, {line->span.begin, line->span.next, end});
+        line = next;
+    }
+    if (!added) {
+        names_.clear();
+        sections_ = {};
+    }
+    indexBytes_ = names_.bytes() + sections_.capacity() * sizeof(Indexed);
+    return added;
+}
+
+// @return false when the index has become too large
+bool ProfileContents::addSection(std::string_view name, const ProfileSection& where) {
+    const std::uint32_t hash = profileNameHash(name, text_.page());
+    const auto isSame = [&](std::uint32_t index) {
+        return isSameProfileName(sections_[index].name, name, text_.page());
+    };
+    if (names_.find(hash, isSame) != ProfileTable::kNone) return true;
+    if (sections_.size() == sections_.capacity()) {
+        // Its present and its future memory are there at once.
+        const std::size_t larger = sections_.empty() ? 8 : sections_.size() * 2;
+        if ((sections_.size() + larger) * sizeof(Indexed) + names_.bytes() > budget_) return false;
+        sections_.reserve(larger);
+    }
+    const std::size_t listed = sections_.capacity() * sizeof(Indexed);
+    if (listed > budget_ || !names_.add(hash, static_cast<std::uint32_t>(sections_.size()), budget_ - listed))
+        return false;
+    sections_.push_back({name, where, Index::none, {}});
+    return true;
+}
+
+// @return false when the index has become too large
+bool ProfileContents::indexKeys(Indexed& section) {
+    const std::string_view view = text_.view();
+    const std::size_t budget = budget_ - indexBytes_;
+    const bool stopped =
+        visitLines(view, section.where.body, section.where.end, [&](const ProfileLineSpan& span) {
+            const std::string_view line = view.substr(span.begin, span.end - span.begin);
+            const std::string_view said = withoutLeadingProfileBlanks(line);
+            if (said.empty() || said.front() == ';') return false;
+            const std::string_view name = profileNameAt(view, span.begin);
+            const std::uint32_t hash = profileNameHash(name, text_.page());
+            const auto isSame = [&](std::uint32_t position) {
+                return isSameProfileName(profileNameAt(view, position), name, text_.page());
+            };
+            return section.keys.find(hash, isSame) == ProfileTable::kNone &&
+                   !section.keys.add(hash, static_cast<std::uint32_t>(span.begin), budget);
+        });
+    if (stopped) section.keys.clear();
+    indexBytes_ += section.keys.bytes();
+    return !stopped;
+}
+
+std::optional<ProfileLine> ProfileContents::indexedKey(const Indexed& section, std::string_view name) const {
+    const std::string_view view = text_.view();
+    const std::uint32_t found =
+        section.keys.find(profileNameHash(name, text_.page()), [&](std::uint32_t position) {
+            return isSameProfileName(profileNameAt(view, position), name, text_.page());
+        });
+    if (found == ProfileTable::kNone) return std::nullopt;
+    const ProfileLineSpan span = profileLineAt(view, found);
+    return readProfileLine(view.substr(span.begin, span.end - span.begin));
+}
+
+}  // namespace kor
