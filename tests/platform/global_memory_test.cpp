@@ -1,6 +1,7 @@
 // Movable and fixed global memory: handles, lock counts, sizes and flags.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 #include <string>
@@ -94,6 +95,19 @@ TEST(GlobalMemory, ResizeClearsWhatIsGained) {
     EXPECT_EQ(std::string(static_cast<char*>(GlobalLock(block)), 100000),
               std::string(8, 'x') + std::string(99992, '\0'));
     EXPECT_EQ(GlobalHandle(GlobalLock(block)), block) << "the new address is known, wherever it is";
+    EXPECT_EQ(GlobalFree(block), nullptr);
+}
+
+TEST(GlobalMemory, GrowsStepByStepAndShrinks) {
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, 100);
+    for (const SIZE_T size : {70000, 70001, 100000, 90000, 100000, 300000, 5, 70000}) {
+        const SIZE_T kept = std::min(GlobalSize(block), size);
+        ASSERT_EQ(GlobalReAlloc(block, size, GMEM_MOVEABLE | GMEM_ZEROINIT), block);
+        ASSERT_EQ(GlobalSize(block), size);
+        auto* bytes = static_cast<char*>(GlobalLock(block));
+        EXPECT_EQ(std::count(bytes + kept, bytes + size, '\0'), static_cast<std::ptrdiff_t>(size - kept));
+        std::memset(bytes, 'x', size);
+    }
     EXPECT_EQ(GlobalFree(block), nullptr);
 }
 

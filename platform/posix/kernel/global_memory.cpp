@@ -1,5 +1,8 @@
 // Global memory: handles are looked up in a table under a lock and never followed.
+#include <sys/single_threaded.h>
+
 #include <cstddef>
+#include <cstring>
 #include <mutex>
 #include <new>
 #include <unordered_map>
@@ -20,13 +23,20 @@ constexpr std::uintptr_t kFirstIndex = 0x1000;  // no handle looks like a small 
 constexpr std::uintptr_t kIndexMask = (std::uintptr_t{1} << (kUseShift - kIndexShift)) - 1;
 constexpr std::uintptr_t kUseMask = 0xFFFFFF;
 
-struct Block {
-    bool used = false;
-    bool discardable = false;
-    UINT locks = 0;
-    void* data = nullptr;  // null: discarded
+// Of a power of two of bytes, which makes an index cheap to check.
+struct alignas(64) Block {
+    HGLOBAL handle = nullptr;  // null: not used
     std::uintptr_t uses = 0;
+    void* data = nullptr;  // null: discarded
+    SIZE_T size = 0;
+    SIZE_T room = 0;  // bytes that the heap gave
+    UINT locks = 0;
+    bool discardable = false;
 };
+
+// Blocks that grow from this size on are given half as much again, so that growing step by step costs the
+// same however large the block is.
+constexpr SIZE_T kRoomyFrom = 0x10000;
 
 DWORD heapFlags(UINT flags) { return (flags & GMEM_ZEROINIT) != 0 ? HEAP_ZERO_MEMORY : 0; }
 
@@ -36,7 +46,7 @@ class GlobalMemory {
         if ((flags & GMEM_MOVEABLE) == 0) return addFixed(newData(flags, size != 0 ? size : 1));
         void* data = size != 0 ? newData(flags, size) : nullptr;
         if (size != 0 && data == nullptr) return nullptr;
-        HGLOBAL handle = addMovable(data, (flags & GMEM_DISCARDABLE) != 0);
+        HGLOBAL handle = addMovable(data, size, (flags & GMEM_DISCARDABLE) != 0);
         if (handle == nullptr) freeData(data);
         return handle;
     }
@@ -49,7 +59,7 @@ class GlobalMemory {
     Block* movable(HGLOBAL handle) {
         const auto value = reinterpret_cast<std::uintptr_t>(handle);
         const std::uintptr_t index = ((value >> kIndexShift) & kIndexMask) - kFirstIndex;
-        if (index >= blocks_.size() || handleOf(index) != handle || !blocks_[index].used) return nullptr;
+        if (handle == nullptr || index >= blocks_.size() || blocks_[index].handle != handle) return nullptr;
         return &blocks_[index];
     }
 
@@ -66,29 +76,34 @@ class GlobalMemory {
     HGLOBAL resizeMovable(HGLOBAL handle, Block& block, SIZE_T size, UINT flags) {
         if (size == 0) return discard(handle, block, flags);
         if (block.data == nullptr) {
-            block.data = newData(flags, size);
-            if (block.data != nullptr && !note(block.data, handle)) block.data = nullptr;
-            return block.data != nullptr ? handle : nullptr;
+            void* data = newData(flags, size);
+            if (data == nullptr || !note(data, handle)) return nullptr;
+            setData(block, data, size, size);
+            return handle;
         }
-        const bool stays = block.locks != 0 && (flags & GMEM_MOVEABLE) == 0;
-        const DWORD inPlace = stays ? HEAP_REALLOC_IN_PLACE_ONLY : 0;
-        void* data = resizeData(block.data, handle, size, heapFlags(flags) | inPlace, false);
-        if (data == nullptr) return nullptr;
-        block.data = data;
+        const SIZE_T former = block.size;
+        if (size < former || size > block.room) {
+            if (!resizeRoom(handle, block, size, block.locks == 0 || (flags & GMEM_MOVEABLE) != 0))
+                return nullptr;
+        }
+        block.size = size;
+        if ((flags & GMEM_ZEROINIT) != 0 && size > former)
+            std::memset(static_cast<char*>(block.data) + former, 0, size - former);
         return handle;
     }
 
     HGLOBAL makeMovable(HGLOBAL fixed, bool discardable) {
-        HGLOBAL handle = addMovable(nullptr, discardable);
+        HGLOBAL handle = addMovable(nullptr, 0, discardable);
         if (handle == nullptr) return nullptr;
-        movable(handle)->data = fixed;
+        const SIZE_T size = HeapSize(GetProcessHeap(), 0, fixed);
+        setData(*movable(handle), fixed, size, size);
         handles_.at(fixed) = handle;
         return handle;
     }
 
     void free(Block& block) {
         if (block.data != nullptr) forget(block.data);
-        block.used = false;
+        block.handle = nullptr;
         ++block.uses;
         block.data = nullptr;
         freeIndexes_.push_back(
@@ -115,7 +130,7 @@ class GlobalMemory {
 
     HGLOBAL addFixed(void* data) { return data != nullptr && note(data, data) ? data : nullptr; }
 
-    HGLOBAL addMovable(void* data, bool discardable) try {
+    HGLOBAL addMovable(void* data, SIZE_T size, bool discardable) try {
         if (freeIndexes_.empty()) {
             blocks_.emplace_back();
             // Room for every index there is: giving a block back must not need memory.
@@ -127,11 +142,34 @@ class GlobalMemory {
         if (data != nullptr) handles_.emplace(data, handle);
         freeIndexes_.pop_back();
         Block& block = blocks_[index];
-        block = {true, discardable, 0, data, block.uses};
+        block = {handle, block.uses, data, size, size, 0, discardable};
         return handle;
     } catch (const std::bad_alloc&) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
+    }
+
+    static void setData(Block& block, void* data, SIZE_T size, SIZE_T room) {
+        block.data = data;
+        block.size = size;
+        block.room = room;
+    }
+
+    // Has the heap resize a movable block: with room to grow into when it grows, exactly when it shrinks.
+    bool resizeRoom(HGLOBAL handle, Block& block, SIZE_T size, bool mayMove) {
+        if (mayMove && size > block.size && size >= kRoomyFrom && size <= SIZE_MAX / 2) {
+            const DWORD former = GetLastError();
+            if (resizeRoomTo(handle, block, size + size / 2, 0)) return true;
+            SetLastError(former);
+        }
+        return resizeRoomTo(handle, block, size, mayMove ? 0 : HEAP_REALLOC_IN_PLACE_ONLY);
+    }
+
+    bool resizeRoomTo(HGLOBAL handle, Block& block, SIZE_T room, DWORD flags) {
+        void* data = resizeData(block.data, handle, room, flags, false);
+        if (data == nullptr) return false;
+        setData(block, data, block.size, room);
+        return true;
     }
 
     // Enters an address; without memory for that the data is given back.
@@ -161,7 +199,7 @@ class GlobalMemory {
             return nullptr;
         }
         if (block.data != nullptr) forget(block.data);
-        block.data = nullptr;
+        setData(block, nullptr, 0, 0);
         return handle;
     }
 
@@ -177,6 +215,15 @@ GlobalMemory& globalMemory() {
     return memory;
 }
 
+// Does what one thread may do at a time; while there is only one, nothing is locked.
+template <class Work>
+auto inTurn(Work work) {
+    GlobalMemory& memory = globalMemory();
+    if (__libc_single_threaded) return work(memory);
+    const std::lock_guard lock(memory.mutex);
+    return work(memory);
+}
+
 template <class Result>
 Result failWith(DWORD code, Result result) {
     SetLastError(code);
@@ -189,86 +236,83 @@ Result failWith(DWORD code, Result result) {
 using namespace kor;
 
 HGLOBAL WINAPI GlobalAlloc(UINT flags, SIZE_T size) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    return memory.allocate(flags, size);
+    return inTurn([&](GlobalMemory& memory) -> HGLOBAL { return memory.allocate(flags, size); });
 }
 
 HGLOBAL WINAPI GlobalReAlloc(HGLOBAL handle, SIZE_T size, UINT flags) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    const bool modify = (flags & GMEM_MODIFY) != 0;
-    if (Block* block = memory.movable(handle)) {
-        if (!modify) return memory.resizeMovable(handle, *block, size, flags);
-        block->discardable = block->discardable || (flags & GMEM_DISCARDABLE) != 0;
-        return handle;
-    }
-    if (!memory.isFixed(handle)) return failWith<HGLOBAL>(ERROR_INVALID_HANDLE, nullptr);
-    if (!modify) return memory.resizeFixed(handle, size, flags);
-    if ((flags & GMEM_MOVEABLE) == 0) return handle;
-    return memory.makeMovable(handle, (flags & GMEM_DISCARDABLE) != 0);
+    return inTurn([&](GlobalMemory& memory) -> HGLOBAL {
+        const bool modify = (flags & GMEM_MODIFY) != 0;
+        if (Block* block = memory.movable(handle)) {
+            if (!modify) return memory.resizeMovable(handle, *block, size, flags);
+            block->discardable = block->discardable || (flags & GMEM_DISCARDABLE) != 0;
+            return handle;
+        }
+        if (!memory.isFixed(handle)) return failWith<HGLOBAL>(ERROR_INVALID_HANDLE, nullptr);
+        if (!modify) return memory.resizeFixed(handle, size, flags);
+        if ((flags & GMEM_MOVEABLE) == 0) return handle;
+        return memory.makeMovable(handle, (flags & GMEM_DISCARDABLE) != 0);
+    });
 }
 
 HGLOBAL WINAPI GlobalFree(HGLOBAL handle) {
     if (handle == nullptr) return nullptr;
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    if (Block* block = memory.movable(handle)) {
-        memory.free(*block);
+    return inTurn([&](GlobalMemory& memory) -> HGLOBAL {
+        if (Block* block = memory.movable(handle)) {
+            memory.free(*block);
+            return nullptr;
+        }
+        if (!memory.isFixed(handle)) return failWith(ERROR_INVALID_HANDLE, handle);
+        memory.forget(handle);
         return nullptr;
-    }
-    if (!memory.isFixed(handle)) return failWith(ERROR_INVALID_HANDLE, handle);
-    memory.forget(handle);
-    return nullptr;
+    });
 }
 
 LPVOID WINAPI GlobalLock(HGLOBAL handle) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    if (memory.isFixed(handle)) return handle;
-    Block* block = memory.movable(handle);
-    if (block == nullptr) return failWith<LPVOID>(ERROR_INVALID_HANDLE, nullptr);
-    if (block->data == nullptr) return failWith<LPVOID>(ERROR_DISCARDED, nullptr);
-    if (block->locks < GMEM_LOCKCOUNT) ++block->locks;
-    return block->data;
+    return inTurn([&](GlobalMemory& memory) -> LPVOID {
+        Block* block = memory.movable(handle);
+        if (block == nullptr)
+            return memory.isFixed(handle) ? handle : failWith<LPVOID>(ERROR_INVALID_HANDLE, nullptr);
+        if (block->data == nullptr) return failWith<LPVOID>(ERROR_DISCARDED, nullptr);
+        if (block->locks < GMEM_LOCKCOUNT) ++block->locks;
+        return block->data;
+    });
 }
 
 BOOL WINAPI GlobalUnlock(HGLOBAL handle) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    if (memory.isFixed(handle)) return TRUE;
-    Block* block = memory.movable(handle);
-    if (block == nullptr) return failWith(ERROR_INVALID_HANDLE, FALSE);
-    if (block->locks == 0) return failWith(ERROR_NOT_LOCKED, FALSE);
-    if (--block->locks == 0) return failWith(NO_ERROR, FALSE);
-    return TRUE;
+    return inTurn([&](GlobalMemory& memory) -> BOOL {
+        Block* block = memory.movable(handle);
+        if (block == nullptr) return memory.isFixed(handle) ? TRUE : failWith(ERROR_INVALID_HANDLE, FALSE);
+        if (block->locks == 0) return failWith(ERROR_NOT_LOCKED, FALSE);
+        if (--block->locks == 0) return failWith(NO_ERROR, FALSE);
+        return TRUE;
+    });
 }
 
 HGLOBAL WINAPI GlobalHandle(LPCVOID address) {
     if (address == nullptr) return failWith<HGLOBAL>(ERROR_INVALID_PARAMETER, nullptr);
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    const HGLOBAL handle = memory.handleOfAddress(address);
-    return handle != nullptr ? handle : failWith<HGLOBAL>(ERROR_INVALID_HANDLE, nullptr);
+    return inTurn([&](GlobalMemory& memory) -> HGLOBAL {
+        const HGLOBAL handle = memory.handleOfAddress(address);
+        return handle != nullptr ? handle : failWith<HGLOBAL>(ERROR_INVALID_HANDLE, nullptr);
+    });
 }
 
 SIZE_T WINAPI GlobalSize(HGLOBAL handle) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    if (memory.isFixed(handle)) return HeapSize(GetProcessHeap(), 0, handle);
-    const Block* block = memory.movable(handle);
-    if (block == nullptr) return failWith<SIZE_T>(ERROR_INVALID_HANDLE, 0);
-    return block->data != nullptr ? HeapSize(GetProcessHeap(), 0, block->data) : 0;
+    return inTurn([&](GlobalMemory& memory) -> SIZE_T {
+        if (memory.isFixed(handle)) return HeapSize(GetProcessHeap(), 0, handle);
+        const Block* block = memory.movable(handle);
+        if (block == nullptr) return failWith<SIZE_T>(ERROR_INVALID_HANDLE, 0);
+        return block->size;
+    });
 }
 
 UINT WINAPI GlobalFlags(HGLOBAL handle) {
-    GlobalMemory& memory = globalMemory();
-    const std::lock_guard lock(memory.mutex);
-    if (memory.isFixed(handle)) return 0;
-    const Block* block = memory.movable(handle);
-    if (block == nullptr) return failWith(ERROR_INVALID_HANDLE, GMEM_INVALID_HANDLE);
-    return block->locks | (block->discardable ? GMEM_DISCARDABLE : 0) |
-           (block->data == nullptr ? GMEM_DISCARDED : 0);
+    return inTurn([&](GlobalMemory& memory) -> UINT {
+        if (memory.isFixed(handle)) return 0;
+        const Block* block = memory.movable(handle);
+        if (block == nullptr) return failWith(ERROR_INVALID_HANDLE, GMEM_INVALID_HANDLE);
+        return block->locks | (block->discardable ? GMEM_DISCARDABLE : 0) |
+               (block->data == nullptr ? GMEM_DISCARDED : 0);
+    });
 }
 
 HLOCAL WINAPI LocalAlloc(UINT flags, SIZE_T size) { return GlobalAlloc(flags, size); }
