@@ -2,8 +2,11 @@
 
 #include "korutil/framework/file.h"
 #include "korutil/framework/file_exception.h"
+#include "korutil/framework/ptr_array.h"
 #include "korutil/tag_tree.h"
 #include "persist/tag_record.h"
+#include "persist/tag_tree_profile_reader.h"
+#include "persist/tag_tree_profile_writer.h"
 #include "persist/tag_tree_reader.h"
 #include "persist/tag_tree_writer.h"
 #include "persist/tag_weight.h"
@@ -13,8 +16,7 @@ using namespace kor;
 namespace {
 
 constexpr LONG kUsualLimit = 16384;
-constexpr LONG kTooLarge = 223;        // ERROR_FILE_TOO_LARGE
-constexpr LONG kNotImplemented = 120;  // ERROR_CALL_NOT_IMPLEMENTED
+constexpr LONG kTooLarge = 223;  // ERROR_FILE_TOO_LARGE
 
 }  // namespace
 
@@ -47,7 +49,7 @@ void CRootTagTree::WriteTree() {
     if (!isSectionTag(header_.type)) dropData();
     header_.type |= kTagSection;
     weigh();
-    if (!usesFile()) return;
+    if (!file_) return WriteToProFile();
     const ULONGLONG start = file_->GetPosition();
     bool left = false;
     const ULONGLONG size = kTagRecordSize + CalcAllSize(left);
@@ -61,7 +63,7 @@ void CRootTagTree::WriteTree() {
 }
 
 void CRootTagTree::ReadTree() {
-    if (!usesFile()) return;
+    if (!file_) return ReadFromProFile();
     struct Undo {
         CRootTagTree* root;
         Header former;
@@ -85,9 +87,25 @@ void CRootTagTree::WriteToFile(DWORD position) {
 
 void CRootTagTree::ReadFromFile() { TagTreeReader(*file_, static_cast<DWORD>(limit_)).read(*this); }
 
-// Whether there is a file to work on; when there is only a profile, it says that it cannot.
-bool CRootTagTree::usesFile() const {
-    if (!file_ && !profile_.IsEmpty())
-        AfxThrowFileException(CFileException::generic, kNotImplemented, profile_);
-    return file_ != nullptr;
+void CRootTagTree::WriteToProFile() {
+    if (!profile_.IsEmpty()) TagTreeProfileWriter(*this, profile_).write();
+}
+
+void CRootTagTree::ReadFromProFile() {
+    if (!profile_.IsEmpty()) TagTreeProfileReader(*this, profile_, section_).read();
+}
+
+CString CRootTagTree::GetSectionName(const CTagTree& node) {
+    if (node.IsRoot()) return GetKeyStr(0, kTagSection, static_cast<int>(node.GetTagID()));
+    CPtrArray path;
+    node.GetTreePath(path, TRUE);
+    const auto at = [&path](int index) { return static_cast<const CTagTree*>(path.GetAt(index)); };
+    CString name = GetSectionName(*at(0));
+    for (int index = 1; index < path.GetSize(); ++index) {
+        name += ".";
+        if (at(index)->GetType() != kTagSection) break;
+        name += GetKeyStr(static_cast<int>(at(index - 1)->GetTagID()), kTagSection,
+                          static_cast<int>(at(index)->GetTagID()));
+    }
+    return name;
 }

@@ -21,12 +21,27 @@
 /// docs/format-tag-tree.md describes it byte by byte. Only sections store children: children of any other
 /// node are not written.
 ///
+/// In a profile (korutil/profile.h) a tree is text: each section of the tree is one section of the file, and
+/// the application's names stand for the tag ids (CRootTagTree::GetKeyStr, GetKeyId). An entry's key is its
+/// name, a point and one of these; of equal ones the first counts, and letter case does not:
+///
+/// - Int: SaveLong, decimal
+/// - Flt: SaveDouble, 15 significant digits
+/// - Pt: SavePoint, x and y with a comma between them. It is not read back; that is required
+/// - Str: SaveString, its first 259 bytes (whole characters). As all values of a profile, a text loses the
+///   blanks at its ends, and it must have no line ends
+/// - FltA: SaveDblArray, numbers with commas between them, their first 259 characters: of about a dozen long
+///   numbers the last one may be cut, which is required; keep longer rows as bytes
+/// - MVer and Mem: SaveTemporaryBuffer, the version and the bytes as upper-case hexadecimal digits
+/// - Sec: CreateSection; the value is its name. The key Version of the section itself holds its version
+///
 /// A node's children are deleted with it, and so is data that the tree has copied. Nodes that a tree makes
 /// share storage with their neighbours, in pieces of up to 1,024 nodes and of up to 64 KB of data; a piece is
 /// released with the last of the nodes that share it. So the nodes of one tree belong to one thread at a
 /// time, also after they were moved to different trees; otherwise different trees may be used by different
 /// threads.
 
+#include "korutil/framework/byte_array.h"
 #include "korutil/tree.h"
 
 class CFile;
@@ -34,6 +49,7 @@ class CRootTagTree;
 
 namespace kor {
 class TagData;
+class TagTreeProfileReader;
 class TagTreeReader;
 class TagTreeWriter;
 }  // namespace kor
@@ -159,6 +175,7 @@ class KORUTIL_CLASS CTagTree : public CKorSimpleTree {
     };
 
     friend class CRootTagTree;
+    friend class kor::TagTreeProfileReader;
     friend class kor::TagTreeReader;
     friend class kor::TagTreeWriter;
 };
@@ -176,13 +193,22 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     CRootTagTree& operator=(const CRootTagTree&) = delete;
 
     /// Maps an entry to its key name in a profile; this version returns an empty string. Override both for
-    /// trees that are kept in profiles.
+    /// trees that are kept in profiles. A name must not have `=`, `]` or line ends.
     /// @param parentTag  tag id of the section (0 for the root itself)
-    /// @param type       full type word of an immediate, the kind of everything else
+    /// @param type       full type word of an immediate (0x80000014, ...), the kind of everything else
+    ///                   (0x10000000 for texts and doubles, 0x20000000, 0x40000000)
     /// @param tag        tag id of the entry
     virtual CString GetKeyStr(int parentTag, DWORD type, int tag);
     /// Maps a key name back to the tag id; this version returns -1 (unknown).
+    /// @param type  full type word, without a version: 0x10000011 for texts, 0x10000088 for doubles
+    /// @return an id above 0; the entry is passed over for any other
     virtual int GetKeyId(int parentTag, DWORD type, const CString& name);
+
+    /// @return the name of the profile section in which the entries of a section stand: the root's GetKeyStr
+    ///         (0, 0x40000000, tag id), and for each section below it a point and its GetKeyStr; for a node
+    ///         that is no section that of its parent and a point
+    /// @throws CMemoryException
+    CString GetSectionName(const CTagTree& node);
 
     /// Attaches a file for WriteTree and ReadTree. A node whose data stayed in a file remembers which: it is
     /// read from the same CFile object with the same path only, in whatever tree the node is by then, also
@@ -199,11 +225,13 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     /// so that equal trees give equal bytes. Sizes and positions in the headers are set before anything is
     /// written. Data that was left in the file is loaded first. A tree of more than 1,000 levels is written,
     /// but ReadTree refuses it. Without a file and without a profile path it does nothing.
-    /// @throws CFileException of the file, with the tree written in part; before anything is written:
-    ///         generic with system error 223 (ERROR_FILE_TOO_LARGE) when the tree would end beyond 4 GB,
-    ///         invalidFile when data was left in another file, generic with system error 120
-    ///         (ERROR_CALL_NOT_IMPLEMENTED) when only a profile path is set: the profile form is not part of
-    ///         this version
+    ///
+    /// With a profile path alone it writes the profile form, entry by entry, each as appWriteProfileString
+    /// does; what else the profile holds stays, entries of an earlier tree included.
+    /// @throws CFileException of the file or profile, with the tree written in part; before anything is
+    ///         written: generic with system error 223 (ERROR_FILE_TOO_LARGE) when the tree would end beyond
+    ///         4 GB, invalidFile when data was left in another file. (In the profile form invalidFile comes
+    ///         when the node is reached whose data was left in a file.)
     /// @throws CMemoryException
     void WriteTree();
 
@@ -213,19 +241,27 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     /// @throws CFileException of the file; endOfFile when the file ends before the header or a child table or
     ///         data block lies outside the file; generic with system error 11 (ERROR_BAD_FORMAT) when a table
     ///         contains itself, the tables and loaded data together need more bytes than the file has, or
-    ///         nodes are nested deeper than 1,000 levels below the root; generic with system error 120 as in
-    ///         WriteTree. After any exception the root has no children and its former tag id and type word
+    ///         nodes are nested deeper than 1,000 levels below the root. After any exception the root has no
+    ///         children and its former tag id and type word
     /// @throws CMemoryException
+    ///
+    /// With a profile path alone it reads the profile form. A child that is there already is kept against an
+    /// entry of the same id and kind. Of each section of the profile the first 16384 bytes are read; that is
+    /// required. What cannot be understood is passed over, as is what lies more than 1,000 levels below the
+    /// root; a version (MVer) without its bytes stays as a child of type 0xA0000014, which is required. A
+    /// missing profile changes nothing. After a CMemoryException the tree has what was read so far.
     void ReadTree();
 
   private:
     void WriteToFile(DWORD position);
     void ReadFromFile();
-    bool usesFile() const;
+    void WriteToProFile();
+    void ReadFromProFile();
 
     CFile* file_ = nullptr;
     LONG limit_ = 0;
     CString profile_;
+    CByteArray section_;  // of the profile, as it was read
 
     friend class CTagTree;
     friend class kor::TagTreeReader;

@@ -333,20 +333,6 @@ TEST(TagTreeFile, ATreeBeyond4GBIsRefusedBeforeAnythingIsWritten) {
     EXPECT_EQ(file.GetLength(), 0u);
 }
 
-TEST(TagTreeFile, OnlyAProfileIsNotImplemented) {
-    CRootTagTree root;
-    root.SaveLong(1, 1);
-    root.WriteTree();  // attached to nothing: nothing to do
-    root.ReadTree();
-    root.AttachToProfile("C:\\settings.ini");
-    EXPECT_EQ(thrownBy([&] { root.WriteTree(); }), "file 1 120");
-    EXPECT_EQ(thrownBy([&] { root.ReadTree(); }), "file 1 120");
-    EXPECT_EQ(root.GetChildCount(), 1);
-    CMemFile file;
-    root.AttachTo(file, 0);
-    EXPECT_EQ(thrownBy([&] { root.WriteTree(); }), "none");  // the file goes first
-}
-
 void grow(CTagTree& section, std::mt19937& random, int depth) {
     for (unsigned count = static_cast<unsigned>(random() % 6); count > 0; --count) {
         const DWORD tag = static_cast<DWORD>(random() % 100);
