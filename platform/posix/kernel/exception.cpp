@@ -4,23 +4,21 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/posix/kernel/thread_state.h"
+
 namespace {
 
 constexpr DWORD kReservedBit = 1u << 28;
 
-// In the thread's static block: the first use in a thread may be in a signal handler, which must not
-// allocate.
-[[gnu::tls_model("initial-exec")]] thread_local KorExceptionTranslator threadTranslator = nullptr;
-
 }  // namespace
 
 KorExceptionTranslator korSetExceptionTranslator(KorExceptionTranslator translator) {
-    const KorExceptionTranslator former = threadTranslator;
-    threadTranslator = translator;
+    const KorExceptionTranslator former = kor::threadState.translator;
+    kor::threadState.translator = translator;
     return former;
 }
 
-KorExceptionTranslator korExceptionTranslator() { return threadTranslator; }
+KorExceptionTranslator korExceptionTranslator() { return kor::threadState.translator; }
 
 void WINAPI RaiseException(DWORD code, DWORD flags, DWORD count, const ULONG_PTR* arguments) {
     EXCEPTION_RECORD record{};
@@ -32,7 +30,7 @@ void WINAPI RaiseException(DWORD code, DWORD flags, DWORD count, const ULONG_PTR
         std::copy_n(arguments, record.NumberParameters, record.ExceptionInformation);
     }
     EXCEPTION_POINTERS pointers{&record, nullptr};
-    if (threadTranslator) threadTranslator(record.ExceptionCode, &pointers);
+    if (kor::threadState.translator) kor::threadState.translator(record.ExceptionCode, &pointers);
     std::fprintf(stderr, "Unhandled exception 0x%08X\n", record.ExceptionCode);
     std::abort();
 }

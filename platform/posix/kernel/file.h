@@ -237,7 +237,8 @@ KORPLATFORM_API BOOL WINAPI CreateDirectoryA(LPCSTR name, LPSECURITY_ATTRIBUTES 
 /// Removes an empty folder: ERROR_DIR_NOT_EMPTY otherwise, ERROR_DIRECTORY when it is a file.
 KORPLATFORM_API BOOL WINAPI RemoveDirectoryA(LPCSTR name);
 
-/// READONLY is a lack of write permission for anyone, HIDDEN a leading dot; every file has ARCHIVE.
+/// READONLY is a lack of write permission for anyone, HIDDEN a leading dot; every file has ARCHIVE, a pipe or
+/// a socket DEVICE, which might keep who opens it waiting.
 /// @return the attributes; INVALID_FILE_ATTRIBUTES on failure
 KORPLATFORM_API DWORD WINAPI GetFileAttributesA(LPCSTR name);
 

@@ -1,11 +1,13 @@
 #include "korutil/platform/last_error.h"
 
-namespace {
+#include "platform/posix/kernel/thread_state.h"
 
-thread_local DWORD lastError = ERROR_SUCCESS;
+namespace kor {
 
-}  // namespace
+thread_local constinit ThreadState threadState;
 
-KORPLATFORM_API DWORD WINAPI GetLastError() { return lastError; }
+}  // namespace kor
 
-KORPLATFORM_API void WINAPI SetLastError(DWORD code) { lastError = code; }
+KORPLATFORM_API DWORD WINAPI GetLastError() { return kor::threadState.lastError; }
+
+KORPLATFORM_API void WINAPI SetLastError(DWORD code) { kor::threadState.lastError = code; }

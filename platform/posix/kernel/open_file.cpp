@@ -38,6 +38,7 @@ bool isReadOnly(unsigned mode) { return S_ISREG(mode) && (mode & 0222) == 0; }
 DWORD attributesOf(unsigned mode, std::string_view native) {
     DWORD attributes = S_ISDIR(mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
     if (isReadOnly(mode)) attributes |= FILE_ATTRIBUTE_READONLY;
+    if (S_ISFIFO(mode) || S_ISSOCK(mode)) attributes = FILE_ATTRIBUTE_DEVICE;
     const std::string_view name = native.substr(native.rfind('/') + 1);
     if (name.starts_with('.') && name != "." && name != "..") attributes |= FILE_ATTRIBUTE_HIDDEN;
     return attributes;
