@@ -4,29 +4,14 @@
 
 #include "host/log.h"
 #include "korutil/lifecycle.h"
+#include "korutil/path.h"
+#include "platform/last_separator.h"
 #include "platform/win32.h"
-#include "runtime/folder_form.h"
+#include "runtime/error_mode.h"
 #include "runtime/process_state.h"
 
 namespace kor {
 namespace {
-
-constexpr UINT kNoErrorBoxes = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
-
-// Sets the error mode while it lives; 0 keeps the current one.
-class ErrorModeScope {
-  public:
-    explicit ErrorModeScope(UINT mode) : set_(mode != 0), former_(set_ ? SetErrorMode(mode) : 0) {}
-    ErrorModeScope(const ErrorModeScope&) = delete;
-    ErrorModeScope& operator=(const ErrorModeScope&) = delete;
-    ~ErrorModeScope() {
-        if (set_) SetErrorMode(former_);
-    }
-
-  private:
-    bool set_;
-    UINT former_;
-};
 
 // The text of a path function that tells the size it needs; empty when it failed.
 template <typename Function>
@@ -53,7 +38,13 @@ std::string hostFileName() {
     return {};
 }
 
-std::string hostFolder() { return folderOf(hostFileName()); }
+// What stands before the last backslash.
+std::string hostFolder() {
+    std::string folder = hostFileName();
+    const std::size_t end = lastSeparator(folder, "\\");
+    folder.resize(end == std::string::npos ? 0 : end);
+    return folder;
+}
 
 std::string folderFor(DWORD options) {
     if (options & kLoadFromSystemFolder) return pathText(GetSystemDirectoryA);
@@ -67,7 +58,8 @@ class FolderScope {
     explicit FolderScope(std::string folder) {
         former_ = pathText([](char* buffer, DWORD size) { return GetCurrentDirectoryA(size, buffer); });
         if (folder.empty() || former_.empty()) return;
-        normaliseFolder(folder);
+        folder += '\0';  // room for a root's backslash
+        sysMakeCommdlgDir(folder.data());
         if (lstrcmpiA(folder.c_str(), former_.c_str()) != 0) changed_ = change(folder);
     }
     FolderScope(const FolderScope&) = delete;
@@ -108,7 +100,7 @@ Loaded loadModule(const char* name, UINT errorMode, DWORD loadFlags, DWORD optio
     const bool silent = (options & kLoadWithoutLog) || loadFlags == LOAD_LIBRARY_AS_DATAFILE;
     if (!silent)
         printLog(kDebugLogLoader, "ALL '%s', 0x%lx, 0x%lx, 0x%lx\n", name, errorMode, loadFlags, options);
-    const FolderScope folder(isAbsolutePath(name) ? std::string() : folderFor(options));
+    const FolderScope folder(sysIsAbsPath(name) ? std::string() : folderFor(options));
     return loadIn(folder, name, errorMode, loadFlags, silent);
 }
 

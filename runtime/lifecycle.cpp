@@ -10,7 +10,9 @@
 #include "korutil/warning.h"
 #include "platform/win32.h"
 #include "runtime/process_state.h"
+#include "runtime/reserve.h"
 #include "runtime/stock_objects.h"
+#include "services/reserve_setting.h"
 
 namespace kor {
 namespace {
@@ -28,7 +30,10 @@ constexpr std::array<const char*, 2> kDialogClasses = {"KorRegDlg32", "KorRegDlg
 // a thread.
 class Presence {
   public:
-    Presence() { processState(); }
+    Presence() {
+        processState();
+        reserveSize().keepIn(&reserveSetting());
+    }
     Presence(const Presence&) = delete;
     Presence& operator=(const Presence&) = delete;
     ~Presence() {

@@ -1,13 +1,21 @@
 #include "runtime/stock_objects.h"
 
 #include <array>
+#include <cstring>
 
+#include "framework/bounded_text.h"
 #include "korutil/lifecycle.h"
+#include "korutil/profile.h"
+#include "runtime/integer_text.h"
 
 namespace kor {
 namespace {
 
-constexpr int kContextBrush = 18;  // DC_BRUSH, which the system's headers hide from older targets
+constexpr WORD kDefaultFont = 0;
+constexpr LONG kSmallestFont = 4;
+constexpr LONG kLargestFont = 200;
+constexpr BYTE kAnyCharacters = 1;  // DEFAULT_CHARSET
+constexpr int kContextBrush = 18;   // DC_BRUSH, which the system's headers hide from older targets
 
 constexpr std::array<int, kStockObjectCount> kSystemObjects = {
     DEFAULT_GUI_FONT,    ANSI_VAR_FONT, ANSI_FIXED_FONT, SYSTEM_FONT, SYSTEM_FIXED_FONT, OEM_FIXED_FONT,
@@ -20,11 +28,27 @@ std::array<HGDIOBJ, kStockObjectCount>& objects() {
     return table;
 }
 
+// The setting's font: a face name, a comma and the height of its characters in pixels. Null without one.
+HGDIOBJ defaultFont() {
+    char setting[64];
+    if (appGetProfileString("KorUtil", "DftFont", "", setting, sizeof setting, kProfileDefault, nullptr) == 0)
+        return nullptr;
+    const char* const comma = std::strrchr(setting, ',');
+    const LONG height = comma ? integerValue(comma + 1) : 0;
+    if (height < kSmallestFont || height > kLargestFont) return nullptr;
+    LOGFONTA font{};
+    font.lfHeight = -height;
+    font.lfCharSet = kAnyCharacters;
+    BoundedText(font.lfFaceName, LF_FACESIZE).append({setting, static_cast<std::size_t>(comma - setting)});
+    return CreateFontIndirectA(&font);
+}
+
 }  // namespace
 
 HGDIOBJ stockObject(WORD index) {
     if (index >= kStockObjectCount) return nullptr;
     HGDIOBJ& object = objects()[index];
+    if (!object && index == kDefaultFont) object = defaultFont();
     if (!object) object = GetStockObject(kSystemObjects[index]);
     return object;
 }

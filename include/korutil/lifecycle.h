@@ -42,6 +42,10 @@ KORUTIL_API HINSTANCE KORUTIL_CALL utlSetResourceHandle(HINSTANCE module);
 
 /// A drawing object that all parts of the application share; the caller must not delete it. It is made on
 /// first use and lives until `utlExitDLL`; asked for later, it is made anew.
+///
+/// The default font is the one that the setting "DftFont" names (section "KorUtil", user and then application
+/// profile; see korutil/profile.h): a face name, a comma and the height of the characters in pixels, 4 to
+/// 200, as in "Arial,12"; without such a setting the system's.
 /// @param index  fonts: 0 default, 1 proportional, 2 fixed, 3 system, 4 fixed system, 5 OEM characters,
 ///               6 device; brushes: 7 white, 8 light grey, 9 grey, 10 dark grey, 11 black, 12 none; pens:
 ///               13 white, 14 black, 15 none; 16 default palette; 17 brush of the device context's colour
@@ -57,12 +61,12 @@ KORUTIL_API DWORD KORUTIL_CALL RequiredResourceDllVersion();
 KORUTIL_API void KORUTIL_CALL appResetFP();
 
 /// The size of the host's virtual-memory reserve: what the host's settings hold (section "System", key
-/// "Reserve-Memory"), read once and kept for the life of the process. This version of the library has no
-/// settings yet: it starts from the default, and what is set lives as long as the process.
-/// @return bytes; 20000000 when nothing is stored, never below 10000000
+/// "Reserve-Memory", user and then application profile; see korutil/profile.h), read when it is first asked
+/// for and kept for the life of the process.
+/// @return bytes; 20000000 when nothing is stored, never below 10000000. A stored value is taken as unsigned
 KORUTIL_API DWORD KORUTIL_CALL appGetReserveSizeForVirtualAlloc();
 
-/// Sets the size of the reserve for this process, and stores it for later ones.
+/// Sets the size of the reserve for this process, and stores it for later ones in the user profile.
 /// @param bytes  anything below 10000000 counts as 10000000
 /// @return non-zero when the value was stored; 0 when it could not be: it then holds for this process only
 KORUTIL_API BOOL KORUTIL_CALL appSetReserveSizeForVirtualAlloc(DWORD bytes);

@@ -78,6 +78,7 @@ struct HWND__;
 struct HRSRC__;
 struct HICON__;
 struct HBRUSH__;
+struct HFONT__;
 struct HMENU__;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
@@ -86,6 +87,7 @@ using HRSRC = HRSRC__*;
 using HICON = HICON__*;
 using HCURSOR = HICON;
 using HBRUSH = HBRUSH__*;
+using HFONT = HFONT__*;
 using HMENU = HMENU__*;
 
 using FARPROC = INT_PTR(WINAPI*)();

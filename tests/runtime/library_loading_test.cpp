@@ -6,7 +6,6 @@
 
 #include "korutil/lifecycle.h"
 #include "platform/win32.h"
-#include "runtime/folder_form.h"
 #include "tests/runtime/recording_log.h"
 #include "tests/support/scratch.h"
 
@@ -20,6 +19,11 @@ std::string currentFolder() {
 std::string hostFile() {
     char buffer[MAX_PATH];
     return std::string(buffer, GetModuleFileNameA(nullptr, buffer, sizeof buffer));
+}
+
+std::string hostFolder() {
+    const std::string file = hostFile();
+    return file.substr(0, file.rfind('\\'));
 }
 
 std::string systemFolder() {
@@ -85,41 +89,6 @@ class LoggedLoading : public LibraryLoading {
 
 }  // namespace
 
-TEST(FolderForm, OnlyDriveRootsAndDoubleBackslashesAreAbsolute) {
-    const struct {
-        const char* path;
-        bool absolute;
-    } cases[] = {
-        {"c:\\", true},      {"Z:\\a\\b.dll", true}, {"\\\\server", true}, {"\\\\", true},
-        {"c:", false},       {"c:a", false},         {"1:\\a", false},     {"\\a", false},
-        {"/usr/lib", false}, {"c:/a", false},        {"a.dll", false},     {"", false},
-        {"\\", false},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(kor::isAbsolutePath(c.path), c.absolute) << c.path;
-}
-
-TEST(FolderForm, RootsEndInABackslashAndOthersDoNot) {
-    const struct {
-        const char* folder;
-        const char* normal;
-    } cases[] = {
-        {"c:", "c:\\"},
-        {"c:\\", "c:\\"},
-        {"\\\\", "\\\\"},
-        {"c:\\a\\", "c:\\a"},
-        {"c:\\a", "c:\\a"},
-        {"", ""},
-        {"\\\\srv\\d\\", "\\\\srv\\d"},
-        {"\\", ""},
-    };
-    for (const auto& c : cases) {
-        std::string folder = c.folder;
-        kor::normaliseFolder(folder);
-        EXPECT_EQ(folder, c.normal) << c.folder;
-    }
-}
-
 TEST_F(LibraryLoading, ANameIsFoundBesideTheHostFromAnyFolder) {
     const HMODULE module = appLoadLibrary("faulting_module", 0, 0, kLoadWithoutLog);
     ASSERT_NE(module, nullptr) << GetLastError();
@@ -142,12 +111,11 @@ TEST_F(LibraryLoading, AFailureKeepsTheLoadersErrorAndRestoresFolderAndMode) {
 }
 
 TEST_F(LoggedLoading, BothEndsAreLoggedInTheFolderAndModeOfTheLoad) {
-    const std::string hostFolder = kor::folderOf(hostFile());
     const struct {
         DWORD options;
         std::string folder;
     } cases[] = {
-        {0, hostFolder}, {1, systemFolder()}, {2, windowsFolder()}, {3, systemFolder()}, {4, hostFolder}};
+        {0, hostFolder()}, {1, systemFolder()}, {2, windowsFolder()}, {3, systemFolder()}, {4, hostFolder()}};
     for (const auto& c : cases) {
         appLoadLibrary("no_such_module", SEM_NOOPENFILEERRORBOX, 0, c.options);
         EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND) << "the log sets an error of its own";
@@ -163,7 +131,7 @@ TEST_F(LoggedLoading, BothEndsAreLoggedInTheFolderAndModeOfTheLoad) {
 }
 
 TEST_F(LoggedLoading, AnAbsolutePathLeavesTheCurrentFolder) {
-    const std::string path = kor::folderOf(hostFile()) + "\\faulting_module.dll";
+    const std::string path = hostFolder() + "\\faulting_module.dll";
     const HMODULE module = appLoadLibrary(path.c_str(), 0, 0, 0);
     ASSERT_NE(module, nullptr) << GetLastError();
     const auto log = lines();
@@ -184,7 +152,7 @@ TEST_F(LoggedLoading, ADataFileAndTheQuietOptionAreNotLogged) {
 
 TEST_F(LibraryLoading, ASearchStartsInTheHostsFolder) {
     const std::string host = hostFile();
-    const std::string name = host.substr(kor::folderOf(host).size() + 1);
+    const std::string name = host.substr(host.rfind('\\') + 1);
     char buffer[MAX_PATH] = "";
     char* part = nullptr;
     const DWORD length = appSearchPath(".", name.c_str(), nullptr, sizeof buffer, buffer, &part);

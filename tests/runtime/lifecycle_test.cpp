@@ -7,8 +7,10 @@
 #include <string>
 
 #include "korutil/host.h"
+#include "korutil/profile.h"
 #include "korutil/warning.h"
 #include "platform/win32.h"
+#include "tests/support/scratch.h"
 
 namespace {
 
@@ -106,6 +108,32 @@ TEST_F(Lifecycle, EighteenDrawingObjectsAreShared) {
     EXPECT_EQ(utlGetStockObject(0xFFFF), nullptr);
     EXPECT_TRUE(utlExitDLL());
     EXPECT_NE(utlGetStockObject(0), nullptr) << "made anew after the end";
+}
+
+TEST_F(Lifecycle, TheDefaultFontIsTheOneOfTheSetting) {
+    const struct {
+        const char* setting;
+        const char* face;
+        LONG height;
+    } cases[] = {{"Courier New,18", "Courier New", -18}, {"A,B,4", "A,B", -4}};
+    const char* const refused[] = {"Courier New", "Courier New,3", "Courier New,201", ",x", ""};
+    const kor::test::ScratchFolder folder;
+    const std::string profile = folder.path("font.ini");
+    appSetProfiles(profile.c_str(), profile.c_str());
+    const auto fontOf = [](const char* setting) {
+        appWriteProfileString("KorUtil", "DftFont", setting, kProfileUser, nullptr);
+        utlExitDLL();
+        return utlGetStockObject(0);
+    };
+    for (const auto& one : cases) {
+        LOGFONTA font{};
+        EXPECT_EQ(GetObjectA(fontOf(one.setting), sizeof font, &font), int{sizeof font});
+        EXPECT_STREQ(font.lfFaceName, one.face);
+        EXPECT_EQ(font.lfHeight, one.height);
+    }
+    for (const char* setting : refused)
+        EXPECT_EQ(fontOf(setting), GetStockObject(DEFAULT_GUI_FONT)) << setting;
+    appSetProfiles("", "");
 }
 
 TEST(FloatingPointReset, BringsBothUnitsToTheirDefaultState) {

@@ -3,7 +3,9 @@
 
 #include <cstring>
 
+#include "korutil/info_store.h"
 #include "korutil/memory.h"
+#include "korutil/text.h"
 #include "korutil/virtual_query.h"
 #include "platform/win32.h"
 #include "tests/support/failing_allocator.h"
@@ -149,6 +151,26 @@ TEST(MemoryFailure, QueriesFailCleanly) {
         }
     });
     EXPECT_GE(failures, 2);
+}
+
+TEST(MemoryFailure, ListsStoresAndTextsStayWhatTheyWere) {
+    constexpr DWORD kRecord[] = {12, 1, 2};
+    ListBlock* list = nullptr;
+    failsWithoutMemory([&] { return (list = lisCreate(4)) != nullptr; });
+    failsWithoutMemory([&] { return lisAdd(&list, kRecord) == 1; });
+    EXPECT_TRUE(lisDestroy(&list));
+    bool consistent = true;
+    const int failures = failEachAllocation([&] {
+        const bool stored = infSet(&list, 7, "x", 1) != 0;
+        consistent = consistent && stored == (list != nullptr);
+    });
+    EXPECT_TRUE(consistent) << "an entry without a store, or the reverse";
+    EXPECT_EQ(failures, 3) << "for the entry, the list and its data";
+    lisDestroy(&list);
+    char* piece = nullptr;
+    failsWithoutMemory([&] { return strAlloc(1, &piece, DWORD{5}) == piece && piece; });
+    strFree(piece);
+    failsWithoutMemory([] { return _tcsistr("AB", "b") != nullptr; });
 }
 
 }  // namespace

@@ -45,7 +45,34 @@ inline constexpr int DC_PEN = 19;
 KORPLATFORM_API HCURSOR WINAPI LoadCursorA(HINSTANCE module, LPCSTR name);
 /// @return one of the system's shared objects, null for an index that has none
 KORPLATFORM_API HGDIOBJ WINAPI GetStockObject(int index);
-/// Deletes a drawing object. @return TRUE for a stock object, which is left alone; else FALSE
+inline constexpr int LF_FACESIZE = 32;
+
+/// What a font is asked to be.
+struct LOGFONTA {
+    LONG lfHeight;  ///< pixels; negative: of its characters without the room between lines
+    LONG lfWidth;
+    LONG lfEscapement;
+    LONG lfOrientation;
+    LONG lfWeight;  ///< 400 is normal, 700 bold; 0 any
+    BYTE lfItalic;
+    BYTE lfUnderline;
+    BYTE lfStrikeOut;
+    BYTE lfCharSet;
+    BYTE lfOutPrecision;
+    BYTE lfClipPrecision;
+    BYTE lfQuality;
+    BYTE lfPitchAndFamily;
+    CHAR lfFaceName[LF_FACESIZE];
+};
+static_assert(sizeof(LOGFONTA) == 60);
+
+/// @return the font, to be deleted with DeleteObject; null for a null record and beyond 10000 fonts
+KORPLATFORM_API HFONT WINAPI CreateFontIndirectA(const LOGFONTA* font);
+/// What a font that was made so is.
+/// @param buffer  receives the first `size` bytes of its LOGFONTA; null only asks for the size
+/// @return bytes copied, or the size of the record; 0 for any other object
+KORPLATFORM_API int WINAPI GetObjectA(HGDIOBJ object, int size, void* buffer);
+/// Deletes a drawing object. @return TRUE for a font, and for a stock object, which is left alone; else FALSE
 KORPLATFORM_API BOOL WINAPI DeleteObject(HGDIOBJ object);
 
 #endif

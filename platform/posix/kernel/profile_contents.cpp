@@ -1,5 +1,7 @@
 #include "platform/posix/kernel/profile_contents.h"
 
+#include <algorithm>
+
 #include "platform/posix/kernel/profile_name.h"
 
 namespace kor {
@@ -15,6 +17,8 @@ bool visitLines(std::string_view text, std::size_t begin, std::size_t end, Visit
     }
     return false;
 }
+
+constexpr std::size_t kOpenSectionBytes = 120;  // of a section that was asked for, without its keys
 
 std::optional<ProfileSectionLine> nextSection(const ProfileText& text, std::size_t from) {
     return nextProfileSection(text.view(), from, text.leadBytes());
@@ -58,19 +62,17 @@ ProfileContents::ProfileContents(ProfileText text)
     : text_(std::move(text)), budget_(text_.view().size() / 3 + (std::size_t{8} << 20)) {}
 
 std::optional<ProfileSection> ProfileContents::section(std::string_view name) {
-    const Indexed* const indexed = indexedSection(name);
-    if (indexed) return indexed->where;
+    const OpenSection* const open = openSection(name);
+    if (open) return open->where;
     if (state_ == Index::givenUp) return findProfileSection(text_, name);
     return std::nullopt;
 }
 
 std::optional<ProfileLine> ProfileContents::key(std::string_view section, std::string_view name) {
     name = askedProfileName(name);
-    if (Indexed* const indexed = indexedSection(section)) {
-        if (indexed->state == Index::none) {
-            indexed->state = indexKeys(*indexed) ? Index::whole : Index::givenUp;
-        }
-        if (indexed->state == Index::whole) return indexedKey(*indexed, name);
+    if (OpenSection* const open = openSection(section)) {
+        if (open->state == Index::none) open->state = indexKeys(*open) ? Index::whole : Index::givenUp;
+        if (open->state == Index::whole) return indexedKey(*open, name);
     }
     const auto where = this->section(section);
     if (!where) return std::nullopt;
@@ -79,56 +81,47 @@ std::optional<ProfileLine> ProfileContents::key(std::string_view section, std::s
     return found->line;
 }
 
-ProfileContents::Indexed* ProfileContents::indexedSection(std::string_view name) {
+ProfileContents::OpenSection* ProfileContents::openSection(std::string_view name) {
     if (state_ == Index::none) state_ = indexSections() ? Index::whole : Index::givenUp;
     if (state_ == Index::givenUp) return nullptr;
     name = askedProfileName(name);
-    const std::uint32_t found = names_.find(profileNameHash(name, text_.page()), [&](std::uint32_t index) {
-        return isSameProfileName(sections_[index].name, name, text_.page());
+    const std::uint32_t found = names_.find(profileNameHash(name, text_.page()), [&](std::uint32_t line) {
+        return isSameProfileName(nextSection(text_, line)->name, name, text_.page());
     });
-    return found == ProfileTable::kNone ? nullptr : &sections_[found];
+    if (found == ProfileTable::kNone) return nullptr;
+    const auto known = open_.find(found);
+    if (known != open_.end()) return &known->second;
+    if (indexBytes_ + kOpenSectionBytes > budget_) {
+        open_ = {};
+        indexBytes_ = names_.bytes();
+    }
+    OpenSection& open = open_[found];
+    indexBytes_ += kOpenSectionBytes;
+    const std::size_t body = nextSection(text_, found)->span.next;
+    open.where = {found, body, beginOr(nextSection(text_, body), text_.view().size())};
+    return &open;
 }
 
+// @return false when the index has become too large
 bool ProfileContents::indexSections() {
     bool added = true;
-    for (auto line = nextSection(text_, 0); added && line;) {
-        const auto next = nextSection(text_, line->span.next);
-        const std::size_t end = beginOr(next, text_.view().size());
-        added = addSection(line->name, {line->span.begin, line->span.next, end});
-        line = next;
+    for (auto line = nextSection(text_, 0); added && line; line = nextSection(text_, line->span.next)) {
+        const std::uint32_t hash = profileNameHash(line->name, text_.page());
+        const auto isSame = [&](std::uint32_t other) {
+            return isSameProfileName(nextSection(text_, other)->name, line->name, text_.page());
+        };
+        if (names_.find(hash, isSame) == ProfileTable::kNone)
+            added = names_.add(hash, static_cast<std::uint32_t>(line->span.begin), budget_);
     }
-    if (!added) {
-        names_.clear();
-        sections_ = {};
-    }
-    indexBytes_ = names_.bytes() + sections_.capacity() * sizeof(Indexed);
+    if (!added) names_.clear();
+    indexBytes_ = names_.bytes();
     return added;
 }
 
 // @return false when the index has become too large
-bool ProfileContents::addSection(std::string_view name, const ProfileSection& where) {
-    const std::uint32_t hash = profileNameHash(name, text_.page());
-    const auto isSame = [&](std::uint32_t index) {
-        return isSameProfileName(sections_[index].name, name, text_.page());
-    };
-    if (names_.find(hash, isSame) != ProfileTable::kNone) return true;
-    if (sections_.size() == sections_.capacity()) {
-        // Its present and its future memory are there at once.
-        const std::size_t larger = sections_.empty() ? 8 : sections_.size() * 2;
-        if ((sections_.size() + larger) * sizeof(Indexed) + names_.bytes() > budget_) return false;
-        sections_.reserve(larger);
-    }
-    const std::size_t listed = sections_.capacity() * sizeof(Indexed);
-    if (listed > budget_ || !names_.add(hash, static_cast<std::uint32_t>(sections_.size()), budget_ - listed))
-        return false;
-    sections_.push_back({name, where, Index::none, {}});
-    return true;
-}
-
-// @return false when the index has become too large
-bool ProfileContents::indexKeys(Indexed& section) {
+bool ProfileContents::indexKeys(OpenSection& section) {
     const std::string_view view = text_.view();
-    const std::size_t budget = budget_ - indexBytes_;
+    const std::size_t budget = budget_ - std::min(budget_, indexBytes_);
     const bool stopped =
         visitLines(view, section.where.body, section.where.end, [&](const ProfileLineSpan& span) {
             const std::string_view line = view.substr(span.begin, span.end - span.begin);
@@ -147,7 +140,8 @@ bool ProfileContents::indexKeys(Indexed& section) {
     return !stopped;
 }
 
-std::optional<ProfileLine> ProfileContents::indexedKey(const Indexed& section, std::string_view name) const {
+std::optional<ProfileLine> ProfileContents::indexedKey(const OpenSection& section,
+                                                       std::string_view name) const {
     const std::string_view view = text_.view();
     const std::uint32_t found =
         section.keys.find(profileNameHash(name, text_.page()), [&](std::uint32_t position) {

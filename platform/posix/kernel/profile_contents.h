@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
-#include <vector>
+#include <unordered_map>
 
 #include "platform/posix/kernel/profile_line.h"
 #include "platform/posix/kernel/profile_table.h"
@@ -50,25 +50,23 @@ class ProfileContents {
   private:
     enum class Index { none, whole, givenUp };
 
-    struct Indexed {
-        std::string_view name;
+    struct OpenSection {
         ProfileSection where;
         Index state = Index::none;  // of the keys
         ProfileTable keys;
     };
 
-    Indexed* indexedSection(std::string_view name);
+    OpenSection* openSection(std::string_view name);
     bool indexSections();
-    bool addSection(std::string_view name, const ProfileSection& where);
-    bool indexKeys(Indexed& section);
-    std::optional<ProfileLine> indexedKey(const Indexed& section, std::string_view name) const;
+    bool indexKeys(OpenSection& section);
+    std::optional<ProfileLine> indexedKey(const OpenSection& section, std::string_view name) const;
 
     ProfileText text_;
     std::size_t budget_;
     std::size_t indexBytes_ = 0;
-    Index state_ = Index::none;  // of the sections
-    ProfileTable names_;         // of indexes into sections_
-    std::vector<Indexed> sections_;
+    Index state_ = Index::none;                            // of the sections
+    ProfileTable names_;                                   // of the sections' lines
+    std::unordered_map<std::uint32_t, OpenSection> open_;  // those that were asked for, by their lines
 };
 
 }  // namespace kor

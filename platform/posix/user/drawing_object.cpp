@@ -8,6 +8,7 @@
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
 #include "platform/posix/kernel/with_memory.h"
+#include "platform/posix/user/font.h"
 
 namespace {
 
@@ -82,4 +83,4 @@ HGDIOBJ WINAPI GetStockObject(int index) {
     return &stock[static_cast<std::size_t>(index)];
 }
 
-BOOL WINAPI DeleteObject(HGDIOBJ object) { return isStock(object) ? TRUE : FALSE; }
+BOOL WINAPI DeleteObject(HGDIOBJ object) { return isStock(object) || kor::deleteFont(object); }
