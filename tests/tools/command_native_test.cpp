@@ -31,6 +31,10 @@ TEST(Command, HelpAndVersionGoToStandardOutput) {
                                                          {"tree", "from-json", "--help"},
                                                          {"tree", "set", "--help"},
                                                          {"tree", "delete", "x", "y", "--help"},
+                                                         {"tree", "to-profile", "--help"},
+                                                         {"profile", "--help"},
+                                                         {"profile", "get", "--help"},
+                                                         {"path", "expand", "--help"},
                                                          {"errors", "--help"}};
     for (const auto& call : calls) {
         const Outcome outcome = run(folder, call);
@@ -39,7 +43,7 @@ TEST(Command, HelpAndVersionGoToStandardOutput) {
         EXPECT_EQ(outcome.err, "") << call[0];
     }
     const std::string list = run(folder, {"--help"}).out;
-    for (const char* name : {"tree show", "tree from-json", "tree set", "tree delete", "errors"}) {
+    for (const char* name : {"tree show", "tree from-profile", "profile set", "path relative", "errors"}) {
         EXPECT_NE(list.find(name), std::string::npos) << name;
     }
     EXPECT_EQ(run(folder, {"--version"}).out.rfind("korutil 1.", 0), 0u);
@@ -87,6 +91,21 @@ TEST(Command, WrongUsageIsOneLineAndStatus2) {
         {"tree", "set", "a", "1:long/2", "long", "5"},
         {"tree", "delete", "a", "1:integer"},
         {"tree", "show", "\xFF"},
+        {"tree", "to-profile", "a", "b"},
+        {"profile"},
+        {"profile", "get", "a", "S"},
+        {"profile", "get", "a", "", "K"},
+        {"profile", "get", "a", "S]", "K"},
+        {"profile", "get", "a", "S", "K=1"},
+        {"profile", "get", "a", "S", " K"},
+        {"profile", "get", "a", "S", "[K"},
+        {"profile", "get", "a", "S", "K", "--int", "--bytes"},
+        {"profile", "set", "a", "S", "K", "5.5", "--int"},
+        {"profile", "set", "a", "S", "K", "x", "--double"},
+        {"profile", "set", "a", "S", "K", "1,,2", "--doubles"},
+        {"profile", "set", "a", "S", "K", "0", "--bytes"},
+        {"profile", "set", "a", "S", "K", "a\nb"},
+        {"path", "absolute", "x"},
     };
     for (const auto& call : calls) {
         const Outcome outcome = run(folder, call);

@@ -15,7 +15,8 @@ struct Option {
     std::string_view name;   ///< without the dashes
     std::string_view value;  ///< what its value is called in the help; empty when it takes none
     std::string_view help;
-    std::uint64_t most = 0;  ///< its value is a whole number up to this; 0: any text
+    std::uint64_t most = 0;   ///< its value is a whole number up to this; 0: any text
+    bool isRequired = false;  ///< the command does nothing without it
 };
 
 class Arguments {
@@ -26,6 +27,9 @@ class Arguments {
     Arguments(std::span<const std::string_view> words, std::span<const Option> known);
 
     bool has(std::string_view option) const { return valueOf(option) != nullptr; }
+
+    /// The option's value; null when it was not given.
+    const std::string* valueOf(std::string_view option) const;
 
     /// The option's value as a whole number, decimal or 0x and hexadecimal; nothing when it was not given.
     std::optional<std::uint64_t> number(std::string_view option) const;
@@ -38,8 +42,6 @@ class Arguments {
         std::string_view name;
         std::string value;
     };
-
-    const std::string* valueOf(std::string_view option) const;
 
     std::vector<Given> given_;
     std::vector<std::string> operands_;

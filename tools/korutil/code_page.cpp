@@ -13,18 +13,13 @@ namespace {
 
 constexpr UINT kUtf8 = 65001;
 
-struct Decoded {
-    Unit unit;
-    std::size_t length = 1;
-};
-
-Decoded decodeOne(std::string_view bytes, UINT page) {
+First decodeOne(std::string_view bytes, UINT page) {
     const auto first = static_cast<unsigned char>(bytes[0]);
-    const Decoded undefined{{first, true}, 1};
+    const First undefined{{first, true}, 1};
     if (first < 0x80) return {{first, false}, 1};
     if (page == kUtf8) {
         const utf8::Character character = utf8::at(bytes, 0);
-        return character.length ? Decoded{{character.code, false}, character.length} : undefined;
+        return character.length ? First{{character.code, false}, character.length} : undefined;
     }
     const std::size_t length = IsDBCSLeadByteEx(page, first) ? 2 : 1;
     if (bytes.size() < length) return undefined;
@@ -52,18 +47,20 @@ std::string encodeOne(char32_t code, UINT page) {
                                           static_cast<int>(bytes.size()), nullptr, &replaced);
     if (count <= 0 || replaced) return {};
     text.assign(bytes.data(), static_cast<std::size_t>(count));
-    const Decoded back = decodeOne(text, page);
+    const First back = decodeOne(text, page);
     return back.unit.code == code && back.length == text.size() ? text : std::string();
 }
 
 }  // namespace
+
+First firstOf(std::string_view bytes) { return decodeOne(bytes, GetACP()); }
 
 std::vector<Unit> decode(std::string_view bytes) {
     const UINT page = GetACP();
     std::vector<Unit> units;
     units.reserve(bytes.size());
     while (!bytes.empty()) {
-        const Decoded decoded = decodeOne(bytes, page);
+        const First decoded = decodeOne(bytes, page);
         units.push_back(decoded.unit);
         bytes.remove_prefix(decoded.length);
     }

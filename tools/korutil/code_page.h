@@ -15,6 +15,15 @@ struct Unit {
     bool isByte = false;
 };
 
+/// The unit that a text begins with, and the number of its bytes.
+struct First {
+    Unit unit;
+    std::size_t length = 1;
+};
+
+/// @param bytes  not empty
+First firstOf(std::string_view bytes);
+
 /// Takes a text of the code page apart. Never fails.
 std::vector<Unit> decode(std::string_view bytes);
 

@@ -18,7 +18,7 @@ struct Command {
     std::string_view summary;   ///< one line, for the list of commands
     std::string_view help;      ///< paragraphs for `korutil NAME --help`
     std::span<const Option> options;
-    void (*run)(const Arguments&, Output&);  ///< returns when done, else throws
+    ExitStatus (*run)(const Arguments&, Output&);  ///< returns when done, else throws
 };
 
 /// All commands, in the order of the help.

@@ -117,11 +117,12 @@ std::string asJson(const Report& thrown, const std::vector<Report>& ring) {
     return text + "]}\n";
 }
 
-void run(const Arguments& arguments, Output& output) {
+ExitStatus run(const Arguments& arguments, Output& output) {
     appClearErrors();
     const Report thrown = provoke();
     const std::vector<Report> ring = emptyRing();
     output.write(arguments.has("json") ? asJson(thrown, ring) : asText(thrown, ring));
+    return kDone;
 }
 
 }  // namespace

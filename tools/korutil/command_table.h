@@ -11,6 +11,19 @@ extern const Command kTreeShow;
 extern const Command kTreeFromJson;
 extern const Command kTreeSet;
 extern const Command kTreeDelete;
+extern const Command kTreeToProfile;
+extern const Command kTreeFromProfile;
+extern const Command kProfileGet;
+extern const Command kProfileSet;
+extern const Command kProfileDelete;
+extern const Command kProfileList;
+extern const Command kProfileSections;
+extern const Command kProfileDiff;
+extern const Command kProfileCheck;
+extern const Command kPathRelative;
+extern const Command kPathAbsolute;
+extern const Command kPathBeautify;
+extern const Command kPathExpand;
 extern const Command kErrors;
 
 }  // namespace kor::command

@@ -11,10 +11,11 @@ constexpr std::string_view kHelp =
     "and\n"
     "nothing else.\n";
 
-void run(const Arguments& arguments, Output&) {
+ExitStatus run(const Arguments& arguments, Output&) {
     const tree::Path path = tree::pathOf(arguments.operand(1));
     tree::editTree(arguments.operand(0),
                    [&](CRootTagTree& root, std::string_view where) { tree::deleteEntry(root, path, where); });
+    return kDone;
 }
 
 }  // namespace

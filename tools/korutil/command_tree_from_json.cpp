@@ -21,7 +21,7 @@ constexpr std::string_view kHelp =
     "\n"
     "What `korutil tree show FILE --json` writes comes back byte for byte.\n";
 
-void run(const Arguments& arguments, Output&) {
+ExitStatus run(const Arguments& arguments, Output&) {
     const std::string& source = arguments.operand(0);
     if (isSameFile(source, arguments.operand(1)))
         throw Failure(arguments.operand(1), "it is the JSON file itself");
@@ -36,6 +36,7 @@ void run(const Arguments& arguments, Output&) {
         }
         tree::storeTree(root, target);
     });
+    return kDone;
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ constexpr std::string_view kHelp =
     "FILE is replaced in one atomic step; it must hold the tree and nothing else. A VALUE that begins with\n"
     "two dashes follows the word --.\n";
 
-void run(const Arguments& arguments, Output&) {
+ExitStatus run(const Arguments& arguments, Output&) {
     const tree::Path path = tree::pathOf(arguments.operand(1));
     const std::string& typeName = arguments.operand(2);
     tree::Type type{};
@@ -34,6 +34,7 @@ void run(const Arguments& arguments, Output&) {
     tree::editTree(arguments.operand(0), [&](CRootTagTree& root, std::string_view where) {
         tree::setEntry(root, path, content, where);
     });
+    return kDone;
 }
 
 }  // namespace

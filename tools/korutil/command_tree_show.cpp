@@ -20,7 +20,7 @@ constexpr std::string_view kHelp =
     "memory blocks have one), the size of its block in bytes, and its value. The file is opened for reading\n"
     "only and is not changed. The tree may stand anywhere in a larger file (--offset).\n";
 
-void run(const Arguments& arguments, Output& output) {
+ExitStatus run(const Arguments& arguments, Output& output) {
     const std::uint64_t offset = arguments.number("offset").value_or(0);
     if (arguments.has("json") && arguments.has("all"))
         throw UsageError("--json is always whole; --all goes with the text");
@@ -33,6 +33,7 @@ void run(const Arguments& arguments, Output& output) {
             tree::writeText(tree, arguments.has("all"), output);
         }
     });
+    return kDone;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
-// How a command ends when it cannot do its work: an exception that main turns into one line and an exit
-// status.
+// How a command ends: with an exit status, and when it cannot do its work with an exception that main turns
+// into one line and an exit status.
 
 #include <stdexcept>
 #include <string>
@@ -8,7 +8,12 @@
 
 namespace kor::command {
 
-enum ExitStatus : int { kDone = 0, kFailed = 1, kWrongUsage = 2 };
+enum ExitStatus : int {
+    kDone = 0,
+    kFailed = 1,
+    kAnswerIsNo = 1,  ///< done, and the answer was written: two files differ, a file has faults
+    kWrongUsage = 2
+};
 
 /// Refused or failed: exit status 1.
 class Failure : public std::runtime_error {

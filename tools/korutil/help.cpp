@@ -26,9 +26,10 @@ std::string usageOf(const Command& command) {
     std::string usage = "korutil " + std::string(command.name);
     if (!command.operands.empty()) usage += ' ' + std::string(command.operands);
     for (const Option& option : command.options) {
-        usage += " [--" + std::string(option.name);
+        usage += option.isRequired ? " --" : " [--";
+        usage += option.name;
         if (!option.value.empty()) usage += ' ' + std::string(option.value);
-        usage += ']';
+        if (!option.isRequired) usage += ']';
     }
     return usage;
 }
@@ -49,7 +50,7 @@ std::string listHelp(std::string_view group) {
     text += aligned({{"--help", "show this help; after a command, the help of that command"},
                      {"--version", "show the version"},
                      {"--", "end the options: every word after it is an operand"}});
-    text += "\nExit status: 0 done, 1 refused or failed, 2 wrong usage.\n";
+    text += "\nExit status: 0 done; 1 refused, failed, or a difference or fault found; 2 wrong usage.\n";
     return text;
 }
 

@@ -27,28 +27,28 @@ constexpr std::array kCauses = {
     Cause{CFileException::endOfFile, "it is no parameter tree, or was cut off"},
 };
 
-std::string systemText(LONG error) {
-    std::array<char, 512> text{};
-    const DWORD flags =
-        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
-    const DWORD length = FormatMessageA(flags, nullptr, static_cast<DWORD>(error), 0, text.data(),
-                                        static_cast<DWORD>(text.size()), nullptr);
-    std::string_view trimmed(text.data(), length);
-    while (!trimmed.empty() && (trimmed.back() == ' ' || trimmed.back() == '.'))
-        trimmed.remove_suffix(1);
-    const std::string number = "system error " + std::to_string(error);
-    return trimmed.empty() ? number : code_page::toUtf8(trimmed) + " (" + number + ")";
-}
-
 std::string fileReason(const CFileException& exception) {
     for (const Cause& entry : kCauses) {
         if (entry.cause == exception.m_cause) return std::string(entry.reason);
     }
     if (exception.m_lOsError == ERROR_BAD_FORMAT) return "it is no parameter tree, or is damaged";
-    return systemText(exception.m_lOsError);
+    return reasonOf(static_cast<DWORD>(exception.m_lOsError));
 }
 
 }  // namespace
+
+std::string reasonOf(DWORD lastError) {
+    std::array<char, 512> text{};
+    const DWORD flags =
+        FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK;
+    const DWORD length =
+        FormatMessageA(flags, nullptr, lastError, 0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    std::string_view trimmed(text.data(), length);
+    while (!trimmed.empty() && (trimmed.back() == ' ' || trimmed.back() == '.'))
+        trimmed.remove_suffix(1);
+    const std::string number = "system error " + std::to_string(lastError);
+    return trimmed.empty() ? number : code_page::toUtf8(trimmed) + " (" + number + ")";
+}
 
 std::string reasonOf(CException& exception) {
     if (exception.IsKindOf(RUNTIME_CLASS(CMemoryException))) return "memory is short";

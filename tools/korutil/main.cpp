@@ -69,7 +69,7 @@ void checkCodePage() {
     throw Failure(kVariable, "'" + std::string(given) + "' is no code page; use 1252, 932, 936 or 65001");
 }
 
-void runCommand(const Command& command, std::span<const std::string_view> words, Output& output) {
+ExitStatus runCommand(const Command& command, std::span<const std::string_view> words, Output& output) {
     const std::string hint = "; see korutil " + std::string(command.name) + " --help";
     std::vector<Option> options(command.options.begin(), command.options.end());
     options.push_back({kHelpOption, "", ""});
@@ -77,7 +77,7 @@ void runCommand(const Command& command, std::span<const std::string_view> words,
         const Arguments arguments(words, options);
         if (arguments.has(kHelpOption)) {
             output.write(commandHelp(command));
-            return;
+            return kDone;
         }
         if (arguments.operands().size() < command.operandCount) {
             throw UsageError(missingOperand(command, arguments.operands().size()) + " is missing");
@@ -86,27 +86,35 @@ void runCommand(const Command& command, std::span<const std::string_view> words,
             throw UsageError("too many operands, '" + arguments.operand(command.operandCount) +
                              "' is not expected");
         }
-        command.run(arguments, output);
+        for (const Option& option : options) {
+            if (option.isRequired && !arguments.has(option.name))
+                throw UsageError("option --" + std::string(option.name) + " is missing");
+        }
+        return command.run(arguments, output);
     } catch (const UsageError& error) {
         throw UsageError(std::string(command.name) + ": " + error.what() + hint);
     }
 }
 
-void dispatch(std::span<const std::string_view> words, Output& output) {
+ExitStatus dispatch(std::span<const std::string_view> words, Output& output) {
     for (const std::string_view word : words) {
         if (!utf8::isValid(word)) throw UsageError("an argument is not UTF-8; see korutil --help");
     }
     if (words.empty()) throw UsageError("a command is missing; see korutil --help");
     std::string name(words[0]);
     if (name == "--help" || name == "--version") refuseMore(words, 1);
-    if (name == "--help") return output.write(listHelp(""));
-    if (name == "--version") return output.write("korutil " + std::string(kVersion) + '\n');
+    const auto answer = [&output](const std::string& text) {
+        output.write(text);
+        return kDone;
+    };
+    if (name == "--help") return answer(listHelp(""));
+    if (name == "--version") return answer("korutil " + std::string(kVersion) + '\n');
     std::size_t taken = 1;
     if (isGroup(name)) {
         const std::string group = name;
         if (words.size() > 1 && words[1] == "--help") {
             refuseMore(words, 2);
-            return output.write(listHelp(group));
+            return answer(listHelp(group));
         }
         if (words.size() < 2)
             throw UsageError("a command is missing after " + group + "; see korutil " + group + " --help");
@@ -116,15 +124,15 @@ void dispatch(std::span<const std::string_view> words, Output& output) {
     const Command* command = findCommand(name);
     if (!command) throw UsageError("unknown command '" + name + "'; see korutil --help");
     checkCodePage();
-    runCommand(*command, words.subspan(taken), output);
+    return runCommand(*command, words.subspan(taken), output);
 }
 
 int exitStatusOf(std::span<const std::string_view> words) {
     try {
         Output output;
-        dispatch(words, output);
+        const ExitStatus status = dispatch(words, output);
         output.flush();
-        return kDone;
+        return status;
     } catch (const UsageError& error) {
         reportLine(error.what());
         return kWrongUsage;
