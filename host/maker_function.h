@@ -3,7 +3,8 @@
 
 namespace kor {
 
-/// As makerFunction, of no particular type.
+/// As makerFunction, of no particular type. Both names live as long as the process: what is found is kept
+/// until a module is loaded or unloaded.
 void (*findMakerFunction(const char* library, const char* name))();
 
 /// The function `name` of a library, when the process has that library loaded and it exports the function;

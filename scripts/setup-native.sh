@@ -3,8 +3,8 @@
 set -u
 
 needed=(g++ cmake ninja-build libgtest-dev libbenchmark-dev)
-# Without these the build leaves something out and says so: faster rebuilds, the fuzz targets, two benchmark peers.
-welcome=(ccache clang libclang-rt-14-dev protobuf-compiler libprotobuf-dev libssl-dev)
+# Without these the build leaves something out and says so: faster rebuilds, the fuzz targets.
+welcome=(ccache clang libclang-rt-14-dev)
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
 

@@ -259,6 +259,28 @@ constexpr Call kCalls[] = {
          return GetClassInfoA(nullptr, "KorUtil.No.Class.But.A.Long.Name", &window) ||
                 GetLastError() == ERROR_CLASS_DOES_NOT_EXIST;
      }},
+    {"CreateWindowExA",
+     [] {
+         WNDCLASSA window{};
+         window.lpfnWndProc = DefWindowProcA;
+         window.lpszClassName = kClassName;
+         if (!RegisterClassA(&window)) return false;
+         HWND made = CreateWindowExA(0, kClassName, "A text of more than a few bytes", WS_POPUP, 0, 0, 1, 1,
+                                     nullptr, nullptr, nullptr, nullptr);
+         const bool succeeds = made && PostMessageA(made, WM_USER, 0, 0);
+         if (made && !DestroyWindow(made)) DestroyWindow(made);
+         if (!UnregisterClassA(kClassName, nullptr)) UnregisterClassA(kClassName, nullptr);
+         return succeeds;
+     }},
+    {"SendMessageA to an edit control",
+     [] {
+         HWND edit = CreateWindowExA(0, "Edit", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+         if (!edit) return false;
+         const LPARAM text = reinterpret_cast<LPARAM>("a text of more than a few bytes");
+         const bool succeeds = SendMessageA(edit, EM_REPLACESEL, 0, text) != 0;
+         if (!DestroyWindow(edit)) DestroyWindow(edit);
+         return succeeds;
+     }},
     {"LoadCursorA", [] { return LoadCursorA(nullptr, IDC_WAIT) != nullptr; }},
     {"MessageBoxIndirectA",
      [] {

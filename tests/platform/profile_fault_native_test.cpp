@@ -121,6 +121,7 @@ class ProfileFaults : public testing::Test {
     bool disturb(const Operation& operation, int nth, FileFault fault, const State& old,
                  const State& wanted) {
         restore(old);
+        const std::size_t names = namesOf(scratch_.path("*")).size();
         const Outcome outcome = applyInChild(operation, path_, nth, fault);
         const State left = now();
         EXPECT_TRUE(left == old || left == wanted) << (left ? left->size() : 0) << " bytes";
@@ -129,6 +130,8 @@ class ProfileFaults : public testing::Test {
         EXPECT_TRUE(outcome.done || outcome.mayBeNew || left == old) << "failed, and did";
         EXPECT_FALSE(outcome.done && outcome.mustFail) << "did not tell";
         EXPECT_TRUE(outcome.done || outcome.reached) << "failed undisturbed";
+        EXPECT_TRUE(outcome.killed || namesOf(scratch_.path("*")).size() <= names + (outcome.done ? 1 : 0))
+            << "left a file behind";
         kills_ += outcome.killed ? 1 : 0;
         failures_ += outcome.killed || outcome.done ? 0 : 1;
         return outcome.reached && !HasFailure();
