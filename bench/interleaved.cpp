@@ -19,6 +19,7 @@ double threadSeconds() {
 }
 
 double seconds(const Work& work, int count) {
+    if (work.timed) return work.timed(count);
     const double start = threadSeconds();
     work.repeat(count);
     return threadSeconds() - start;

@@ -15,6 +15,9 @@ namespace kor::bench {
 struct Work {
     std::string name;
     std::function<void(int count)> repeat;
+    /// Seconds that `count` times take, for a work whose time is not this thread's: another process's, or the
+    /// disk's. Goes before `repeat`.
+    std::function<double(int count)> timed{};
 };
 
 /// Makes a work of one call. What the call computes must be kept from the optimiser

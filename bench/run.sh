@@ -5,9 +5,10 @@ set -u
 cd "$(dirname "$0")/.." || exit 1
 
 folder=${1:-build/native}
-programs=(tag_tree_bench arm_array_bench error_bench)
+programs=(profile_bench tag_tree_bench arm_array_bench info_store_bench error_bench memory_file_bench)
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
+scripts/setup-peers.sh
 { cmake --preset native -B "$folder" && cmake --build "$folder" --target "${programs[@]}"; } >"$log" 2>&1 ||
   { cat "$log" >&2; exit 1; }
 

@@ -11,9 +11,9 @@ int showFileMessage(UINT textId, const char* name) {
     const FileData& file = currentFile();
     if (!file.m_bMessages) return 0;
     // The handler that shows it may set the record's name anew.
-    const CString shown = name ? CString() : file.m_strName;
-    return utlFileWarning(resourceModule(), nullptr, textId, name ? name : static_cast<const char*>(shown),
-                          0);
+    const CString kept = file.m_strName;
+    if (!name || name == static_cast<const char*>(file.m_strName)) name = kept;
+    return utlFileWarning(resourceModule(), nullptr, textId, name, 0);
 }
 
 }  // namespace kor

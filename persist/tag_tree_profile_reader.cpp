@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+#include "korutil/framework/file_exception.h"
+#include "korutil/framework/memory_exception.h"
 #include "korutil/framework/ptr_array.h"
 #include "korutil/profile.h"
 #include "korutil/text.h"
@@ -95,14 +97,24 @@ void TagTreeProfileReader::read() {
 void TagTreeProfileReader::readSection(CTagTree& section) {
     buffer_.SetSize(kBufferSize);
     auto* text = reinterpret_cast<char*>(buffer_.GetData());
-    const DWORD length =
-        GetPrivateProfileSectionA(root_.GetSectionName(section), text, kBufferSize, profile_);
+    const CString name = root_.GetSectionName(section);
+    SetLastError(ERROR_SUCCESS);
+    const DWORD length = GetPrivateProfileSectionA(name, text, kBufferSize, profile_);
+    if (length == 0) checkMissing(GetLastError());
     CStringArray lines;
     addListToArray({text, std::min<std::size_t>(length, kBufferSize)}, lines);
     const int former = section.GetChildCount();
     for (int index = 0; index < lines.GetSize(); ++index)
         readLine(section, lines.GetAt(index), former);
     applyVersions(section);
+}
+
+// A profile or a section that is not there is no failure; a profile that cannot be read is one.
+void TagTreeProfileReader::checkMissing(DWORD error) const {
+    if (error == ERROR_NOT_ENOUGH_MEMORY) AfxThrowMemoryException();
+    const bool isMissing =
+        error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    if (!isMissing) CFileException::ThrowOsError(static_cast<LONG>(error), profile_);
 }
 
 void TagTreeProfileReader::readLine(CTagTree& section, const CString& line, int former) {

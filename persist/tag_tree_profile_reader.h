@@ -13,11 +13,12 @@ class TagTreeProfileReader {
     /// @param buffer  for the text of one section of the profile
     TagTreeProfileReader(CRootTagTree& root, const CString& profile, CByteArray& buffer);
 
-    /// @throws CMemoryException
+    /// @throws CFileException, CMemoryException
     void read();
 
   private:
     void readSection(CTagTree& section);
+    void checkMissing(DWORD error) const;
     void readLine(CTagTree& section, const CString& line, int former);
     void addEntry(CTagTree& section, const CString& name, const TagProfileSuffix& suffix,
                   const CString& value, int former);

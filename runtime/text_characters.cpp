@@ -37,19 +37,23 @@ void replaceCharacter(char* text, char from, char to) {
     });
 }
 
-// A special character of code page 1252 and the letter behind it may look like one character here.
+// Byte by byte: the text is one of code page 1252, whatever its bytes look like here.
 void reduceSpecials(char* text) {
-    forEachCharacter(text, [](char* place, std::size_t length) {
-        if (length > 1 && static_cast<unsigned char>(place[1]) >= 0x80) return;
+    for (; *text; ++text)
         for (const SpecialCharacter& special : kSpecialCharacters)
-            if (*place == special.western) *place = special.plain;
-    });
+            if (*text == special.western) *text = special.plain;
 }
 
 // Also letters and digits that were never special: unit texts were reduced before they come here.
 void restoreSpecials(char* text) {
-    for (const SpecialCharacter& special : kSpecialCharacters)
-        replaceCharacter(text, special.plain, special.western);
+    forEachCharacter(text, [](char* place, std::size_t length) {
+        if (length > 1) return;
+        for (const SpecialCharacter& special : kSpecialCharacters) {
+            if (*place != special.plain) continue;
+            *place = special.western;
+            return;
+        }
+    });
 }
 
 void appendFromWestern(BoundedText& target, char character) {

@@ -3,8 +3,9 @@
 set -u
 
 needed=(g++ cmake ninja-build libgtest-dev libbenchmark-dev)
-# Without these the build leaves something out and says so: faster rebuilds, the fuzz targets.
-welcome=(ccache clang libclang-rt-14-dev)
+# Without these the build leaves something out and says so: faster rebuilds, the fuzz targets,
+# tests under a locale whose numbers have a comma.
+welcome=(ccache clang libclang-rt-14-dev locales)
 
 installed() { dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
 

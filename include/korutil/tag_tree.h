@@ -249,7 +249,9 @@ class KORUTIL_CLASS CRootTagTree : public CTagTree {
     /// entry of the same id and kind. Of each section of the profile the first 16384 bytes are read; that is
     /// required. What cannot be understood is passed over, as is what lies more than 1,000 levels below the
     /// root; a version (MVer) without its bytes stays as a child of type 0xA0000014, which is required. A
-    /// missing profile changes nothing. After a CMemoryException the tree has what was read so far.
+    /// value is all that follows the first `=` of its line. A missing profile changes nothing; one that is
+    /// there and cannot be read throws a CFileException. After an exception the tree has what was read so
+    /// far.
     void ReadTree();
 
   private:

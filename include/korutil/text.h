@@ -21,9 +21,9 @@ KORUTIL_API void KORUTIL_CALL strHandleDecimal(char* text, BOOL toLocal);
 /// nothing changes.
 /// @param reduce  non-zero: the text is in code page 1252, and its micro sign (0xB5), superscript two (0xB2)
 ///                and three (0xB3), degree sign (0xB0) and A with ring (0xC5) become "u", "2", "3", "o" and
-///                "A". A byte that makes a character of the ANSI code page together with another byte above
-///                0x7F stays. 0: the reverse, and so every "u", "2", "3", "o" and "A" of the text, wherever
-///                it came from, becomes a special character of code page 1252
+///                "A", wherever these bytes stand. 0: the reverse, and so every "u", "2", "3", "o" and "A" of
+///                the text, wherever it came from, becomes a special character of code page 1252 (but not the
+///                second byte of a double-byte character)
 KORUTIL_API void KORUTIL_CALL strHandleCharExtension(char* text, BOOL reduce);
 
 /// Copies a text. Where the system has a double-byte character set, the text is taken for one of code page

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <clocale>
 #include <cmath>
@@ -118,6 +119,7 @@ TEST(Format, RandomDoublesAreRoundedAsTheRuntimeDoes) {
         const int precision = static_cast<int>(random() % 25);
         char expected[512];
         std::snprintf(expected, sizeof(expected), format, precision, value);
+        std::replace(expected, expected + std::strlen(expected), ',', '.');
         ASSERT_EQ(print(format, precision, value), expected) << format << ' ' << precision;
     }
 }

@@ -34,20 +34,27 @@ std::string inLines(std::string text) {
     return text;
 }
 
+std::string withPoint(double value) {
+    std::string text = std::to_string(value);
+    std::replace(text.begin(), text.end(), ',', '.');
+    return text;
+}
+
 // The children as "id type value" lines, sections with their versions.
 std::string told(const CTagTree& section, const std::string& indent = "") {
     std::string text;
     for (int index = 0; index < section.GetChildCount(); ++index) {
         const auto& node = static_cast<const CTagTree&>(*section[index]);
         char line[1000];
-        snprintf(line, sizeof line, "%s%u %x ", indent.c_str(), node.GetTagID(), node.GetType());
+        snprintf(line, sizeof line, "%s%u %x ", indent.c_str(), static_cast<unsigned>(node.GetTagID()),
+                 static_cast<unsigned>(node.GetType()));
         text += line;
         switch (node.GetType()) {
             case 0x80000014:
                 text += std::to_string(node.GetLong());
                 break;
             case 0x80000088:
-                text += std::to_string(node.GetDouble());
+                text += withPoint(node.GetDouble());
                 break;
             case 0x10000011:
                 text += LPCSTR(node.GetString());
@@ -56,7 +63,7 @@ std::string told(const CTagTree& section, const std::string& indent = "") {
                 double values[200];
                 const int count = node.GetDblArray(values, 200);
                 for (int value = 0; value < count; ++value)
-                    text += std::to_string(values[value]) + ";";
+                    text += withPoint(values[value]) + ";";
                 break;
             }
             case 0x20000000: {

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <string>
 #include <vector>
@@ -70,4 +71,12 @@ TEST(NumberText, SeventeenDigitsBringEveryDoubleBack) {
         const std::string text = textsOf(17, {value});
         EXPECT_EQ(kor::numberValue(text.c_str(), nullptr), value) << text;
     }
+}
+
+TEST(CommaLocale, IsInForceInAllTests) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%.1f", 0.5);
+    if (std::string(text) == "0.5") GTEST_SKIP() << "no locale with a comma is installed";
+    EXPECT_STREQ(text, "0,5");
+    EXPECT_EQ(textsOf(15, {0.5}), "0.5");
 }

@@ -39,7 +39,8 @@ bool failsNow(Kind kind) {
     if (state.fault == FileFault::kills) endProcess();
     if (state.fault != FileFault::fails) return false;  // no write of two bytes or more
     state.calls.reported = kind == Kind::write || kind == Kind::flush || kind == Kind::rename;
-    errno = kind == Kind::make || kind == Kind::write ? ENOSPC : EIO;
+    state.calls.full = kind == Kind::make || kind == Kind::write;
+    errno = state.calls.full ? ENOSPC : EIO;
     return true;
 }
 

@@ -15,6 +15,7 @@ enum class FileFault {
 struct FileCalls {
     int made = 0;               // calls that change the disk
     bool reported = false;      // one failed whose failure loses data: a write, a flush, a rename
+    bool full = false;          // the disk was told to be full
     bool afterReplace = false;  // a name had changed its file before
 };
 

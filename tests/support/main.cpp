@@ -8,6 +8,7 @@
 #include <mutex>
 #include <thread>
 
+#include "tests/support/comma_locale.h"
 #include "tests/support/random.h"
 
 namespace {
@@ -51,6 +52,7 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     std::printf("seed %u (KORUTIL_TEST_SEED)\n", kor::test::seed());
+    if (!kor::test::useCommaLocale()) std::puts("no locale with a comma is installed: the tests run without");
     const Watchdog watchdog;
     return RUN_ALL_TESTS();
 }

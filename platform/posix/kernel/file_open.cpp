@@ -45,6 +45,7 @@ struct Request {
     unsigned share;
     DWORD disposition;
     DWORD flags;
+    mode_t mode;  // of a new file
 
     bool truncates() const { return disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING; }
     bool mayCreate() const {
@@ -89,7 +90,7 @@ OpenResult openOrCreate(const Request& request) {
             const int descriptor = openExisting(request);
             if (descriptor >= 0 || errno != ENOENT || !request.mayCreate()) return {descriptor, true};
         }
-        const mode_t mode = request.flags & FILE_ATTRIBUTE_READONLY ? 0444 : 0666;
+        const mode_t mode = request.mode & (request.flags & FILE_ATTRIBUTE_READONLY ? 0444 : 0666);
         const int flags = (request.nativeFlags() & ~O_ACCMODE) | O_RDWR | O_CREAT | O_EXCL;
         const int descriptor = open(request.native.c_str(), flags, mode);
         if (descriptor >= 0 || errno != EEXIST || request.disposition == CREATE_NEW)
@@ -162,22 +163,25 @@ DWORD separatorRefusal(const std::string& native, DWORD disposition) {
 
 }  // namespace
 
+HANDLE kor::createFile(LPCSTR name, DWORD access, DWORD share, DWORD disposition, DWORD flags,
+                       unsigned mode) {
+    if (!name || !*name) return failed(ERROR_PATH_NOT_FOUND);
+    if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING) return failed(ERROR_INVALID_PARAMETER);
+    const unsigned meant = accessOf(access);
+    if (disposition == TRUNCATE_EXISTING && !(meant & kor::kWrites)) return failed(ERROR_INVALID_PARAMETER);
+    const auto path = kor::resolvePath(name);
+    if (!path) return INVALID_HANDLE_VALUE;
+    if (path->trailingSeparator) {
+        if (const DWORD code = separatorRefusal(path->native, disposition)) return failed(code);
+    }
+    const unsigned deletes = flags & FILE_FLAG_DELETE_ON_CLOSE ? kor::kDeletes : 0u;
+    return openFile({path->native, meant | deletes, share, disposition, flags, mode});
+}
+
 KORPLATFORM_API HANDLE WINAPI CreateFileA(LPCSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES,
                                           DWORD disposition, DWORD flags, HANDLE) {
     return kor::withMemory(INVALID_HANDLE_VALUE, [&]() -> HANDLE {
-        if (!name || !*name) return failed(ERROR_PATH_NOT_FOUND);
-        if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING)
-            return failed(ERROR_INVALID_PARAMETER);
-        const unsigned meant = accessOf(access);
-        if (disposition == TRUNCATE_EXISTING && !(meant & kor::kWrites))
-            return failed(ERROR_INVALID_PARAMETER);
-        const auto path = kor::resolvePath(name);
-        if (!path) return INVALID_HANDLE_VALUE;
-        if (path->trailingSeparator) {
-            if (const DWORD code = separatorRefusal(path->native, disposition)) return failed(code);
-        }
-        const unsigned deletes = flags & FILE_FLAG_DELETE_ON_CLOSE ? kor::kDeletes : 0u;
-        return openFile({path->native, meant | deletes, share, disposition, flags});
+        return kor::createFile(name, access, share, disposition, flags, 0666);
     });
 }
 

@@ -117,14 +117,6 @@ DWORD dispositionOf(int flags) {
     return flags & _O_TRUNC ? TRUNCATE_EXISTING : OPEN_EXISTING;
 }
 
-// A new file has the rights asked for, less what the process's mask took from the platform's own.
-// A file system without such rights is no reason to fail.
-void limitMode(int descriptor, mode_t mode) {
-    struct stat status {};
-    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return;
-    if (fchmod(descriptor, status.st_mode & mode & 0777) != 0) errno = 0;
-}
-
 bool appendAlways(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     return flags >= 0 && fcntl(descriptor, F_SETFL, flags | O_APPEND) == 0;
@@ -136,16 +128,14 @@ int openDescriptor(const char* name, int flags, mode_t mode) {
     Descriptors::Place place = Descriptors::makePlace();
     const bool temporary = (flags & _O_TEMPORARY) != 0;
     const bool readOnly = (flags & _O_CREAT) && !(mode & _S_IWRITE);
-    const HANDLE handle = CreateFileA(
-        name, accessOf(flags), FILE_SHARE_READ | FILE_SHARE_WRITE | (temporary ? FILE_SHARE_DELETE : 0),
-        nullptr, dispositionOf(flags),
-        (readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL) |
-            (temporary ? FILE_FLAG_DELETE_ON_CLOSE : 0),
-        nullptr);
+    const HANDLE handle = createFile(name, accessOf(flags),
+                                     FILE_SHARE_READ | FILE_SHARE_WRITE | (temporary ? FILE_SHARE_DELETE : 0),
+                                     dispositionOf(flags),
+                                     (readOnly ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL) |
+                                         (temporary ? FILE_FLAG_DELETE_ON_CLOSE : 0),
+                                     mode & 0666);
     if (handle == INVALID_HANDLE_VALUE) return failedByLastError();
-    const bool isNew = (flags & _O_CREAT) && GetLastError() != ERROR_ALREADY_EXISTS;
     const int descriptor = openedFile(handle)->descriptor();
-    if (isNew) limitMode(descriptor, mode);
     if ((flags & _O_APPEND) && !appendAlways(descriptor)) {
         const int number = errno;
         CloseHandle(handle);

@@ -47,6 +47,11 @@ class OpenFile final : public HandleObject {
     bool deleteOnClose_ = false;
 };
 
+/// As CreateFileA, which it is the whole of.
+/// @param mode  rights of a new file, less the process's mask
+/// @throws std::bad_alloc
+HANDLE createFile(LPCSTR name, DWORD access, DWORD share, DWORD disposition, DWORD flags, unsigned mode);
+
 /// The file of an open handle; none, with ERROR_INVALID_HANDLE, for another handle.
 Opened<OpenFile> openedFile(HANDLE handle);
 

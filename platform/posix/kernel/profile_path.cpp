@@ -82,6 +82,11 @@ std::optional<ProfilePath> ProfilePath::find(const ProfileName& name) {
 // where one is not there.
 void ProfilePath::watchSearched(std::string_view root, const std::vector<std::string_view>& wanted,
                                 const timespec& seen) {
+    std::string asGiven(root);
+    for (const std::string_view component : wanted)
+        asGiven.append("/").append(component);
+    struct stat whole {};
+    if (asGiven == native_ && lstat(native_.c_str(), &whole) == 0) return;
     std::size_t at = root.size();
     for (const std::string_view component : wanted) {
         const std::string folder = native_.substr(0, at);
