@@ -1,8 +1,8 @@
 #pragma once
 // What the platform keeps for each thread, all of it in one block.
 
+#include "korutil/platform/exception.h"
 #include "korutil/platform/last_error.h"
-#include "platform/posix/kernel/exception.h"
 
 namespace kor {
 
@@ -12,7 +12,7 @@ namespace kor {
 struct alignas(16) ThreadState {
     DWORD lastError = ERROR_SUCCESS;
     DWORD dialogError = 0;  // of the file dialog shown last
-    KorExceptionTranslator translator = nullptr;
+    void (*translator)(unsigned int code, EXCEPTION_POINTERS* exception) = nullptr;
     void* messageQueue = nullptr;
     bool isEnding = false;  // the message queue is gone for good
 };

@@ -1,15 +1,12 @@
 #pragma once
-// The procedures of the system's window classes, and what they share.
+// What the procedures of the system's window classes share.
 
 #include <memory>
 
+#include "platform/posix/user/control_class.h"
 #include "platform/posix/user/window_table.h"
 
 namespace kor {
-
-LRESULT CALLBACK editProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-LRESULT CALLBACK buttonProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-LRESULT CALLBACK staticProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 /// What a control keeps; null before WM_NCCREATE. It lives on in the caller's hands when the window dies.
 template <class State>

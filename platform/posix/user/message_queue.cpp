@@ -53,15 +53,6 @@ class Answer {
     std::condition_variable& senderWake_;
 };
 
-// A window of the thread that lies in none of its others, which go with it.
-Window* firstOf(const MessageQueue& queue, Window& among) {
-    for (Window* child = among.first; child; child = child->next) {
-        if (child->queue.get() == &queue) return child;
-        if (Window* found = firstOf(queue, *child)) return found;
-    }
-    return nullptr;
-}
-
 }  // namespace
 
 bool MessageFilter::takesNumber(UINT message) const {
@@ -161,20 +152,6 @@ void MessageQueue::forget(HWND window) {
     if (active == window) active = nullptr;
     if (focus == window) focus = nullptr;
     if (foregroundWindow() == window) foregroundWindow() = nullptr;
-}
-
-void MessageQueue::end() {
-    if (Window* desktop = desktopIfMade()) {
-        while (Window* window = firstOf(*this, *desktop))
-            removeWindow(*window);
-    }
-    for (const auto& sent : sent_) {
-        sent->isDone = true;
-        sent->sender->wake_.notify_all();
-    }
-    sent_.clear();
-    posted_.clear();
-    timers.stopAll();
 }
 
 HWND& foregroundWindow() {

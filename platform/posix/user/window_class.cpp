@@ -9,7 +9,7 @@
 #include "korutil/platform/last_error.h"
 #include "korutil/platform/module.h"
 #include "platform/posix/kernel/with_memory.h"
-#include "platform/posix/user/control_procedure.h"
+#include "platform/posix/user/control_class.h"
 
 namespace kor {
 namespace {

@@ -8,6 +8,7 @@
 #include "platform/posix/user/message_queue.h"
 #include "platform/posix/user/screen.h"
 #include "platform/posix/user/show_state.h"
+#include "platform/posix/user/window_removal.h"
 #include "platform/posix/user/window_tree.h"
 
 namespace kor {

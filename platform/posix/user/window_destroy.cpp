@@ -2,6 +2,7 @@
 #include "platform/posix/kernel/errno_error.h"
 #include "platform/posix/user/activation.h"
 #include "platform/posix/user/message_queue.h"
+#include "platform/posix/user/window_removal.h"
 #include "platform/posix/user/window_tree.h"
 
 namespace kor {

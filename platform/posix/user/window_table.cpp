@@ -1,8 +1,7 @@
 #include "platform/posix/user/window_table.h"
 
-#include "platform/posix/user/message_queue.h"
+#include "korutil/platform/window_message.h"
 #include "platform/posix/user/screen.h"
-#include "platform/posix/user/window_tree.h"
 
 namespace kor {
 namespace {
@@ -104,19 +103,9 @@ Window* addWindow() {
     return place.window.get();
 }
 
-void removeWindow(Window& window) {
-    while (window.first)
-        removeWindow(*window.first);
-    const HWND handle = window.handle;
-    if (window.parent && isDesktop(*window.parent)) {
-        forEachTopLevel([&window](Window& other) {
-            if (other.owner == &window) other.owner = nullptr;
-        });
-    }
-    unlinkWindow(window);
-    if (window.queue) window.queue->forget(handle);
+void freeWindow(const Window& window) {
     Table& windows = table();
-    const std::size_t index = indexOf(reinterpret_cast<std::uintptr_t>(handle));
+    const std::size_t index = indexOf(reinterpret_cast<std::uintptr_t>(window.handle));
     windows.places[index].window.reset();
     givePlaceBack(windows, index);
 }

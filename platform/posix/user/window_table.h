@@ -71,8 +71,8 @@ bool isDesktop(const Window& window);
 /// @return null when there are too many
 Window* addWindow();
 
-/// Takes a window and what is below it away, with its messages and timers.
-void removeWindow(Window& window);
+/// Frees a window that nothing refers to any more.
+void freeWindow(const Window& window);
 
 /// Does `work(window)` for every top-level window, from the top down.
 template <class Work>
