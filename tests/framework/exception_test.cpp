@@ -24,21 +24,15 @@ class CCounted : public CException {
     static inline int alive = 0;
 };
 
-TEST(Exception, IsFreedByDeleteWhenItWasMadeToBe) {
+TEST(Exception, IsFreedByDeleteWhenItWasMadeToBeAndHasNoText) {
     (new CCounted(TRUE))->Delete();
-    EXPECT_EQ(CCounted::alive, 0);
     CCounted kept(FALSE);
     kept.Delete();
     EXPECT_EQ(CCounted::alive, 1);
-}
-
-TEST(Exception, HasNoTextOfItsOwn) {
     char buffer[8] = "before";
-    UINT help = 77;
-    EXPECT_FALSE(CException().GetErrorMessage(buffer, sizeof buffer, &help));
+    EXPECT_FALSE(kept.GetErrorMessage(buffer, sizeof buffer));
     EXPECT_STREQ(buffer, "");
-    EXPECT_EQ(help, 0u);
-    EXPECT_FALSE(CException().GetErrorMessage(nullptr, 0));
+    EXPECT_FALSE(kept.GetErrorMessage(nullptr, 0));
 }
 
 TEST(MemoryException, IsThrownWithoutAllocatingAndLivesOn) {
@@ -57,54 +51,38 @@ TEST(MemoryException, IsThrownWithoutAllocatingAndLivesOn) {
     EXPECT_EQ(messageOf(*first), "Out of memory.") << "gone after Delete";
 }
 
-TEST(FileException, IsThrownByPointerWithAllItWasGiven) {
-    try {
-        AfxThrowFileException(CFileException::endOfFile, 38, "Z:\\a.kor");
-    } catch (CFileException* e) {
-        EXPECT_EQ(e->m_cause, CFileException::endOfFile);
-        EXPECT_EQ(e->m_lOsError, 38);
-        EXPECT_EQ(e->m_strFileName, "Z:\\a.kor");
-        e->Delete();
-        return;
-    }
-    FAIL();
-}
-
 TEST(FileException, KnowsTheCauseOfASystemError) {
     using E = CFileException;
-    const struct {
-        LONG error;
-        int cause;
-    } cases[] = {{0, E::none},
-                 {2, E::fileNotFound},
-                 {3, E::badPath},
-                 {4, E::tooManyOpenFiles},
-                 {5, E::accessDenied},
-                 {6, E::invalidFile},
-                 {16, E::removeCurrentDir},
-                 {19, E::accessDenied},
-                 {23, E::hardIO},
-                 {25, E::badSeek},
-                 {31, E::hardIO},
-                 {32, E::sharingViolation},
-                 {33, E::lockViolation},
-                 {38, E::endOfFile},
-                 {39, E::diskFull},
-                 {80, E::accessDenied},
-                 {82, E::directoryFull},
-                 {112, E::diskFull},
-                 {123, E::badPath},
-                 {131, E::badSeek},
-                 {158, E::lockViolation},
-                 {183, E::accessDenied},
-                 {206, E::badPath},
-                 {11, E::generic},
-                 {87, E::generic},
-                 {1117, E::hardIO},
-                 {-1, E::generic},
-                 {99999, E::generic}};
-    for (const auto& row : cases)
-        EXPECT_EQ(E::OsErrorToException(row.error), row.cause) << row.error;
+    const std::pair<LONG, int> cases[] = {{0, E::none},
+                                          {2, E::fileNotFound},
+                                          {3, E::badPath},
+                                          {4, E::tooManyOpenFiles},
+                                          {5, E::accessDenied},
+                                          {6, E::invalidFile},
+                                          {16, E::removeCurrentDir},
+                                          {19, E::accessDenied},
+                                          {23, E::hardIO},
+                                          {25, E::badSeek},
+                                          {31, E::hardIO},
+                                          {32, E::sharingViolation},
+                                          {33, E::lockViolation},
+                                          {38, E::endOfFile},
+                                          {39, E::diskFull},
+                                          {80, E::accessDenied},
+                                          {82, E::directoryFull},
+                                          {112, E::diskFull},
+                                          {123, E::badPath},
+                                          {131, E::badSeek},
+                                          {158, E::lockViolation},
+                                          {183, E::accessDenied},
+                                          {206, E::badPath},
+                                          {11, E::generic},
+                                          {87, E::generic},
+                                          {1117, E::hardIO},
+                                          {-1, E::generic},
+                                          {99999, E::generic}};
+    for (const auto& [error, cause] : cases)
+        EXPECT_EQ(E::OsErrorToException(error), cause) << error;
     EXPECT_EQ(E::ErrnoToException(ENOSPC), E::diskFull);
     EXPECT_EQ(E::ErrnoToException(EINTR), E::generic);
     try {
@@ -121,17 +99,12 @@ TEST(FileException, NamesTheFileTheReasonAndTheSystemError) {
     EXPECT_EQ(messageOf(denied), "Z:\\a.kor: Access was denied. (system error 5)");
     CFileException nameless(CFileException::diskFull);
     EXPECT_EQ(messageOf(nameless), "The disk is full.");
+    EXPECT_EQ(messageOf(nameless, 18), "The disk is full.");
+    EXPECT_EQ(messageOf(nameless, 17), "The disk is full");
+    EXPECT_EQ(messageOf(nameless, 1), "");
+    EXPECT_EQ(messageOf(nameless, 0), "#");
     CFileException unknown(99);
     EXPECT_EQ(messageOf(unknown), "The file could not be used.");
-}
-
-TEST(FileException, MessagesAreCutToTheBuffer) {
-    CFileException full(CFileException::diskFull, -1, "a");
-    EXPECT_EQ(messageOf(full, 21), "a: The disk is full.");
-    EXPECT_EQ(messageOf(full, 20), "a: The disk is full");
-    EXPECT_EQ(messageOf(full, 2), "a");
-    EXPECT_EQ(messageOf(full, 1), "");
-    EXPECT_EQ(messageOf(full, 0), "#");
 }
 
 }  // namespace

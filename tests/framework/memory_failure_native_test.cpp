@@ -13,8 +13,7 @@
 
 namespace {
 
-using kor::test::FailingAllocation;
-using kor::test::isMemoryFailure;
+using namespace kor::test;
 
 class CProbe : public CObject {
     DECLARE_DYNCREATE(CProbe)
@@ -51,7 +50,7 @@ TEST(MemoryFailure, LeavesStringsAsTheyWere) {
     EXPECT_EQ(roomy, "korutil");
 }
 
-TEST(MemoryFailure, LeavesArraysAsTheyWere) {
+TEST(MemoryFailure, LeavesArraysAndMemoryFilesAsTheyWere) {
     CStringArray strings;
     strings.Add("one");
     strings.FreeExtra();
@@ -64,21 +63,17 @@ TEST(MemoryFailure, LeavesArraysAsTheyWere) {
     CByteArray bytes;
     EXPECT_TRUE(failsWithoutMemory([&] { bytes.SetAtGrow(5, 1); }));
     EXPECT_EQ(bytes.GetSize(), 0);
+    CMemFile file(4);
+    file.Write("abcd", 4);
+    EXPECT_TRUE(failsWithoutMemory([&] { file.Write("e", 1); }));
+    EXPECT_TRUE(failsWithoutMemory([&] { file.SetLength(100); }));
+    EXPECT_TRUE(file.GetLength() == 4 && file.GetPosition() == 4);
     CPtrArray pointers;
     FailingAllocation once(1);
     pointers.SetSize(1);  // the ample room fails, the room needed is there
     once.stop();
     EXPECT_TRUE(once.happened());
     EXPECT_EQ(pointers.GetSize(), 1);
-}
-
-TEST(MemoryFailure, LeavesMemoryFilesAsTheyWere) {
-    CMemFile file(4);
-    file.Write("abcd", 4);
-    EXPECT_TRUE(failsWithoutMemory([&] { file.Write("e", 1); }));
-    EXPECT_TRUE(failsWithoutMemory([&] { file.SetLength(100); }));
-    EXPECT_EQ(file.GetLength(), 4u);
-    EXPECT_EQ(file.GetPosition(), 4u);
 }
 
 TEST(MemoryFailure, OfAnObjectIsThrownOrTold) {

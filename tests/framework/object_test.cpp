@@ -40,15 +40,9 @@ TEST(RuntimeClass, ChainsLeadAcrossModulesToCObject) {
     EXPECT_FALSE(CMemFile().IsKindOf(RUNTIME_CLASS(CProbeFile)));
     EXPECT_TRUE(CFileException().IsKindOf(&CException::classCException));
     EXPECT_FALSE(object.IsSerializable());
-}
-
-TEST(RuntimeClass, RecordsAreReadyBeforeStaticObjects) { EXPECT_TRUE(knownEarly); }
-
-TEST(RuntimeClass, TellsNameAndSize) {
     EXPECT_STREQ(CProbe().GetRuntimeClass()->m_lpszClassName, "CProbe");
     EXPECT_EQ(RUNTIME_CLASS(CProbe)->m_nObjectSize, static_cast<int>(sizeof(CProbe)));
-    EXPECT_STREQ(CMemFile().GetRuntimeClass()->m_lpszClassName, "CMemFile");
-    EXPECT_EQ(CMemFile().GetRuntimeClass(), RUNTIME_CLASS(CMemFile));
+    EXPECT_TRUE(knownEarly);
 }
 
 TEST(RuntimeClass, CreatesObjectsOfClassesThatAllowIt) {
@@ -65,15 +59,6 @@ TEST(RuntimeClass, CreatesObjectsOfClassesThatAllowIt) {
     delete bytes;
     EXPECT_EQ(RUNTIME_CLASS(CProbeFile)->CreateObject(), nullptr);
     EXPECT_EQ(RUNTIME_CLASS(CObject)->CreateObject(), nullptr);
-}
-
-TEST(Object, IsMadeInAPlaceOrWithoutThrowing) {
-    alignas(CProbe) std::byte place[sizeof(CProbe)];
-    auto* placed = new (place) CProbe;
-    EXPECT_EQ(static_cast<void*>(placed), static_cast<void*>(place));
-    placed->~CProbe();
-    delete new (std::nothrow) CProbe;
-    EXPECT_EQ(CProbe::alive, 0);
 }
 
 }  // namespace

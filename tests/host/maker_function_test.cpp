@@ -25,7 +25,9 @@ TEST(MakerFunction, HooksGoToWrxWhileItIsLoaded) {
         EXPECT_NE(menuGetFirstHook(kId), nullptr);
         EXPECT_EQ(menuExitHook(kId), kMakerResult);
     }
+    SetLastError(0xBEEF);
     EXPECT_EQ(menuCallFirstHook(kId, nullptr), 0) << "the embedded host has no such chain";
+    EXPECT_EQ(GetLastError(), 0xBEEFu) << "looking for a library keeps it";
 }
 
 TEST(MakerFunction, AChainStaysWhereItWasBegun) {
@@ -74,12 +76,6 @@ TEST(MakerFunction, FormattingAndScanningAreBqls) {
     EXPECT_EQ(kor::Bql_vszprintf(text, sizeof(text), "mine", nullptr), kMakerResult);
     EXPECT_STREQ(text, "BBBBBBB") << "terminated whatever the library leaves";
     EXPECT_EQ(kor::Bql_vszscanf("5", 1, "%d", list.arguments()), kMakerResult);
-}
-
-TEST(MakerFunction, LookingForALibraryKeepsTheLastError) {
-    SetLastError(0xBEEF);
-    menuCallFirstHook(29103, nullptr);
-    EXPECT_EQ(GetLastError(), 0xBEEFu);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cmath>
+#include <bit>
 #include <limits>
 #include <memory>
 
@@ -10,28 +9,29 @@
 
 namespace {
 
-using kor::test::childAt;
-using kor::test::thrownBy;
+using namespace kor::test;
 
 constexpr DWORD kImmediate = 0x80000000;
 constexpr DWORD kSection = 0x40000000;
 constexpr DWORD kMemory = 0x20000000;
 constexpr DWORD kArray = 0x10000000;
 
-TEST(TagTree, ImmediatesKeepTheirValue) {
+TEST(TagTree, ValuesComeBack) {
     CRootTagTree root;
-    for (const LONG value :
-         {LONG{0}, LONG{-1}, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()})
+    for (const LONG value : {LONG{-1}, std::numeric_limits<LONG>::min(), std::numeric_limits<LONG>::max()})
         EXPECT_EQ(root.SaveLong(1, value)->GetLong(), value);
-    for (const double value : {0.0, -0.0, 0.1, 1e308, 5e-324, std::numeric_limits<double>::infinity()}) {
-        const double got = root.SaveDouble(2, value)->GetDouble();
-        EXPECT_EQ(got, value);
-        EXPECT_EQ(std::signbit(got), std::signbit(value));
-    }
-    EXPECT_TRUE(std::isnan(root.SaveDouble(2, std::nan(""))->GetDouble()));
+    for (const double value : {-0.0, 0.1, 5e-324, std::numeric_limits<double>::infinity()})
+        EXPECT_EQ(std::bit_cast<ULONGLONG>(root.SaveDouble(2, value)->GetDouble()),
+                  std::bit_cast<ULONGLONG>(value));
     const POINT point = root.SavePoint(3, {-5, 7})->GetPoint();
-    EXPECT_EQ(point.x, -5);
-    EXPECT_EQ(point.y, 7);
+    EXPECT_TRUE(point.x == -5 && point.y == 7);
+    EXPECT_STREQ(root.SaveString(1, "some text")->GetString(), "some text");
+    EXPECT_STREQ(root.SaveString(1, "")->GetString(), "");
+    EXPECT_STREQ(root.SaveTemporaryBuffer(1, 0, "x", 1)->GetString(), "");
+    EXPECT_EQ(root.SaveTemporaryBuffer(1, 0, "ab\0cd", 6)->GetString().GetLength(), 2);
+    EXPECT_STREQ(root.CreateSection(1, 0)->GetString(), "");
+    EXPECT_TRUE(root.GetKeyStr(0, 0x80000014, 1).IsEmpty()) << "the names of keys are the application's";
+    EXPECT_EQ(root.GetKeyId(0, 0x80000014, "Gain"), -1);
 }
 
 TEST(TagTree, TypesVersionsAndSizes) {
@@ -48,14 +48,11 @@ TEST(TagTree, TypesVersionsAndSizes) {
         {root.SavePoint(3, {1, 2}), 3, 0x80000108, 0x108, 0},
         {root.SaveString(4, "abc"), 4, 0x10000011, 0x11, 4},
         {root.SaveString(5, ""), 5, 0x10000011, 0x11, 0},
-        {root.SaveString(6, nullptr), 6, 0x10000011, 0x11, 0},
         {root.SaveString(7, 999, "ab"), 7, 0x10000011, 0x11, 3},  // the middle argument says nothing
         {root.SaveDblArray(8, values, 3), 8, 0x10000088, 0x88, 24},
-        {root.SaveDblArray(9, values, -3), 9, 0x10000088, 0x88, 0},
         {root.SaveStaticDblArray(10, values, 2), 10, 0x10000088, 0x88, 16},
         {root.SaveTemporaryBuffer(11, 42, "12345", 5), 11, kMemory, 42, 5},
         {root.SaveStaticBuffer(12, 0x07FFFFFF, "12345", 5), 12, kMemory, 0x07FFFFFF, 5},
-        {root.SaveTemporaryBuffer(13, 1, nullptr, 5), 13, kMemory, 1, 0},
         {root.CreateSection(0xFFFFFFFF, 9), 0xFFFFFFFF, kSection, 9, 0},
     };
     for (const Case& c : cases) {
@@ -92,15 +89,9 @@ TEST(TagTree, CopiesNoMoreThanTheBufferHolds) {
         int maximum, elementSize, count;
         const char* text;
     };
-    const Case cases[] = {{20, 1, 10, "0123456789"},
-                          {4, 1, 4, "0123"},
-                          {20, 4, 2, "01234567"},
-                          {1, 4, 1, "0123"},
-                          {20, 11, 0, ""},
-                          {-1, 4, 0, ""},
-                          {20, 0, 0, ""},
-                          {20, -4, 0, ""},
-                          {std::numeric_limits<int>::max(), 4, 2, "01234567"}};
+    const Case cases[] = {{20, 1, 10, "0123456789"}, {4, 1, 4, "0123"},
+                          {20, 4, 2, "01234567"},    {-1, 4, 0, ""},
+                          {20, -4, 0, ""},           {std::numeric_limits<int>::max(), 4, 2, "01234567"}};
     for (const Case& c : cases) {
         char buffer[16] = {};
         EXPECT_EQ(node->GetArray(buffer, c.maximum, c.elementSize), c.count)
@@ -111,18 +102,7 @@ TEST(TagTree, CopiesNoMoreThanTheBufferHolds) {
     EXPECT_EQ(node->CopyBuffer(buffer, 3), 3);
     EXPECT_STREQ(buffer, "012");
     EXPECT_EQ(node->CopyBuffer(buffer, 16), 10);
-    EXPECT_EQ(node->CopyBuffer(nullptr, 0), 0);
     EXPECT_EQ(node->CopyBuffer(nullptr, -1), 0);
-}
-
-TEST(TagTree, TextsEndAtTheirFirstZero) {
-    CRootTagTree root;
-    EXPECT_STREQ(root.SaveString(1, "some text")->GetString(), "some text");
-    EXPECT_STREQ(root.SaveString(1, "")->GetString(), "");
-    EXPECT_STREQ(root.SaveTemporaryBuffer(1, 0, "x", 1)->GetString(), "");
-    const CString text = root.SaveTemporaryBuffer(1, 0, "ab\0cd", 6)->GetString();
-    EXPECT_EQ(text.GetLength(), 2);
-    EXPECT_STREQ(root.CreateSection(1, 0)->GetString(), "");
 }
 
 TEST(TagTree, GettersOfAnotherTypeThrowTheirLocation) {
@@ -133,7 +113,6 @@ TEST(TagTree, GettersOfAnotherTypeThrowTheirLocation) {
     const CTagTree* text = root.SaveString(4, "text");
     char buffer[8];
     EXPECT_EQ(thrownBy([&] { section->CopyBuffer(buffer, 8); }), "error E0000004 1030411");
-    EXPECT_EQ(thrownBy([&] { number->CopyBuffer(buffer, 8); }), "error E0000004 1030411");
     EXPECT_EQ(thrownBy([&] { number->GetArray(buffer, 1, 4); }), "error E0000004 1030411");
     EXPECT_EQ(thrownBy([&] { number->GetDouble(); }), "error E0000004 1030445");
     EXPECT_EQ(thrownBy([&] { real->GetLong(); }), "error E0000004 1030455");
@@ -171,29 +150,6 @@ TEST(TagTree, TheFactoryMakesNodesAndTakesThem) {
     EXPECT_EQ(root[2], given.get());
     given.reset();
     EXPECT_EQ(root.GetChildCount(), 2);
-}
-
-TEST(TagTree, KeyNamesAreTheApplications) {
-    class Named : public CRootTagTree {
-      public:
-        CString GetKeyStr(int, DWORD, int tag) override { return tag == 1 ? "Gain" : ""; }
-        int GetKeyId(int, DWORD, const CString& name) override { return name.Compare("Gain") == 0 ? 1 : -1; }
-    };
-    Named named;
-    CRootTagTree plain;
-    CRootTagTree* root = &plain;
-    EXPECT_TRUE(root->GetKeyStr(0, 0x80000014, 1).IsEmpty());
-    EXPECT_EQ(root->GetKeyId(0, 0x80000014, "Gain"), -1);
-    root = &named;
-    EXPECT_STREQ(root->GetKeyStr(0, 0x80000014, 1), "Gain");
-    EXPECT_EQ(root->GetKeyId(0, 0x80000014, "Gain"), 1);
-}
-
-TEST(TagTree, ClassesKnowTheirBases) {
-    CRootTagTree root;
-    EXPECT_TRUE(root.IsKindOf(RUNTIME_CLASS(CKorSimpleTree)));
-    EXPECT_FALSE(root.IsKindOf(RUNTIME_CLASS(CKorTree)));
-    EXPECT_STREQ(root.GetRuntimeClass()->m_lpszClassName, "CRootTagTree");
 }
 
 TEST(TagTree, SizesBeyond32BitsAreRefused) {

@@ -49,28 +49,20 @@ TEST_F(FileNames, EveryCallNamesWhatIsMissingOrWrong) {
     const Case cases[] = {
         {"DeleteFileA", remove, "missing", ERROR_FILE_NOT_FOUND},
         {"DeleteFileA", remove, "missing\\f", ERROR_PATH_NOT_FOUND},
-        {"DeleteFileA", remove, "file\\f", ERROR_PATH_NOT_FOUND},
         {"DeleteFileA", remove, "folder", ERROR_ACCESS_DENIED},
         {"DeleteFileA", remove, "file?", ERROR_INVALID_NAME},
         {"RemoveDirectoryA", removeFolder, "missing", ERROR_FILE_NOT_FOUND},
-        {"RemoveDirectoryA", removeFolder, "missing\\f", ERROR_PATH_NOT_FOUND},
         {"RemoveDirectoryA", removeFolder, "file", ERROR_DIRECTORY},
         {"RemoveDirectoryA", removeFolder, "full", ERROR_DIR_NOT_EMPTY},
-        {"CreateDirectoryA", makeFolder, "folder", ERROR_ALREADY_EXISTS},
         {"CreateDirectoryA", makeFolder, "FOLDER", ERROR_ALREADY_EXISTS},
-        {"CreateDirectoryA", makeFolder, "file", ERROR_ALREADY_EXISTS},
         {"CreateDirectoryA", makeFolder, "missing\\f", ERROR_PATH_NOT_FOUND},
-        {"CreateDirectoryA", makeFolder, "new?", ERROR_INVALID_NAME},
         {"SetFileAttributesA", setAttributes, "missing", ERROR_FILE_NOT_FOUND},
         {"GetFileAttributesA", getAttributes, "missing", ERROR_FILE_NOT_FOUND},
-        {"GetFileAttributesA", getAttributes, "missing\\f", ERROR_PATH_NOT_FOUND},
         {"GetFileAttributesA", getAttributes, "file\\f", ERROR_PATH_NOT_FOUND},
-        {"GetFileAttributesA", getAttributes, "file*", ERROR_INVALID_NAME},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
         EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(c.make(c.name)) << c.call << " " << c.name; }), c.error)
             << c.call << " " << c.name;
-    }
     const std::vector<std::string> untouched = {".", "..", "file", "folder", "full", "other"};
     EXPECT_EQ(entries(), untouched);
     EXPECT_EQ(errorAfter([] { DeleteFileA(""); }), DWORD{ERROR_PATH_NOT_FOUND});
@@ -83,32 +75,25 @@ TEST_F(FileNames, MovesFilesAndFolders) {
     EXPECT_EQ(bytesOf(at("folder\\moved")), "file");
     EXPECT_TRUE(MoveFileA(at("full").c_str(), at("folder\\full").c_str()));
     EXPECT_EQ(bytesOf(at("folder\\full\\inner")), "inner");
-    const std::vector<std::string> left = {".", "..", "folder", "other"};
-    EXPECT_EQ(entries(), left);
-}
-
-TEST_F(FileNames, MovingMayMeetTheFileItself) {
-    EXPECT_TRUE(MoveFileA(at("file").c_str(), at("FILE").c_str()));
-    EXPECT_TRUE(MoveFileA(at("FILE").c_str(), at("FILE").c_str()));
-    EXPECT_EQ(bytesOf(at("file")), "file");
+    EXPECT_TRUE(MoveFileA(at("other").c_str(), at("OTHER").c_str())) << "itself";
+    EXPECT_TRUE(MoveFileExA(at("folder\\moved").c_str(), at("other").c_str(),
+                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+    EXPECT_EQ(bytesOf(at("other")), "file");
+    EXPECT_EQ(attributes("file"), INVALID_FILE_ATTRIBUTES);
 }
 
 TEST_F(FileNames, MovingRefusesWhatWouldDestroy) {
     struct Case {
-        const char* from;
-        const char* to;
-        DWORD flags;
-        DWORD error;
+        const char *from, *to;
+        DWORD flags, error;
     };
     const Case cases[] = {
         {"missing", "new", 0, ERROR_FILE_NOT_FOUND},
         {"file", "other", 0, ERROR_ALREADY_EXISTS},
-        {"file", "OTHER", 0, ERROR_ALREADY_EXISTS},
         {"file", "folder", 0, ERROR_ALREADY_EXISTS},
         {"file", "folder", MOVEFILE_REPLACE_EXISTING, ERROR_ACCESS_DENIED},
         {"file", "missing\\new", 0, ERROR_PATH_NOT_FOUND},
         {"folder", "full", 0, ERROR_ALREADY_EXISTS},
-        {"file", "a?b", 0, ERROR_INVALID_NAME},
     };
     for (const Case& c : cases) {
         const DWORD error =
@@ -119,25 +104,14 @@ TEST_F(FileNames, MovingRefusesWhatWouldDestroy) {
     EXPECT_EQ(bytesOf(at("other")), "other");
 }
 
-TEST_F(FileNames, MovingReplacesInOneStepWhenAsked) {
-    EXPECT_TRUE(MoveFileExA(at("file").c_str(), at("other").c_str(),
-                            MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
-    EXPECT_EQ(bytesOf(at("other")), "file");
-    EXPECT_EQ(attributes("file"), INVALID_FILE_ATTRIBUTES);
-}
-
 TEST_F(FileNames, OpenFilesAreNeitherDeletedNorMovedUnlessTheyShareIt) {
     {
         const File open(at("file").c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING);
         const DWORD violation = ERROR_SHARING_VIOLATION;
-        EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(DeleteFileA(at("file").c_str())); }), violation);
-        EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(MoveFileA(at("file").c_str(), at("new").c_str())); }),
-                  violation);
-        EXPECT_EQ(
-            errorAfter([&] {
-                EXPECT_FALSE(MoveFileExA(at("other").c_str(), at("file").c_str(), MOVEFILE_REPLACE_EXISTING));
-            }),
-            DWORD{ERROR_ACCESS_DENIED});
+        EXPECT_FAILS(violation, DeleteFileA(at("file").c_str()));
+        EXPECT_FAILS(violation, MoveFileA(at("file").c_str(), at("new").c_str()));
+        EXPECT_FAILS(ERROR_ACCESS_DENIED,
+                     MoveFileExA(at("other").c_str(), at("file").c_str(), MOVEFILE_REPLACE_EXISTING));
     }
     const File open(at("file").c_str(), GENERIC_READ, kShareAll, OPEN_EXISTING);
     EXPECT_TRUE(MoveFileA(at("file").c_str(), at("new").c_str()));
@@ -177,8 +151,7 @@ TEST_F(FileNames, CopiesMoreThanOneBlock) {
 
 TEST_F(FileNames, CopyingRefuses) {
     struct Case {
-        const char* from;
-        const char* to;
+        const char *from, *to;
         BOOL failIfExists;
         DWORD error;
     };
@@ -206,29 +179,18 @@ TEST_F(FileNames, AttributesTellFoldersAndReadOnlyFiles) {
     EXPECT_EQ(attributes("folder\\"), DWORD{FILE_ATTRIBUTE_DIRECTORY});
     ASSERT_TRUE(SetFileAttributesA(at("file").c_str(), FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(attributes("file") & FILE_ATTRIBUTE_READONLY, DWORD{FILE_ATTRIBUTE_READONLY});
-    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(DeleteFileA(at("file").c_str())); }), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_FAILS(ERROR_ACCESS_DENIED, DeleteFileA(at("file").c_str()));
     EXPECT_TRUE(MoveFileA(at("file").c_str(), at("moved").c_str())) << "moving is not writing";
     ASSERT_TRUE(SetFileAttributesA(at("moved").c_str(), FILE_ATTRIBUTE_NORMAL));
     EXPECT_EQ(attributes("moved") & FILE_ATTRIBUTE_READONLY, 0u);
     EXPECT_TRUE(DeleteFileA(at("moved").c_str()));
 }
 
-TEST_F(FileNames, ANewFileMayBeReadOnlyAndIsWrittenOnce) {
-    {
-        const File made(at("new").c_str(), GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY);
-        DWORD done = 0;
-        EXPECT_TRUE(WriteFile(made.get(), "once", 4, &done, nullptr));
-    }
-    EXPECT_TRUE(attributes("new") & FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(bytesOf(at("new")), "once");
-}
-
 TEST_F(FileNames, TheCurrentFolderIsNotRemoved) {
     char before[MAX_PATH];
     ASSERT_NE(GetCurrentDirectoryA(MAX_PATH, before), 0u);
     ASSERT_TRUE(SetCurrentDirectoryA(at("folder").c_str()));
-    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(RemoveDirectoryA(at("folder").c_str())); }),
-              DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_FAILS(ERROR_SHARING_VIOLATION, RemoveDirectoryA(at("folder").c_str()));
     ASSERT_TRUE(SetCurrentDirectoryA(before));
     EXPECT_TRUE(RemoveDirectoryA(at("folder").c_str()));
 }

@@ -18,8 +18,7 @@ TEST(FileOpen, DispositionsTellWhetherTheFileWasThere) {
     struct Case {
         const char* name;
         DWORD disposition;
-        bool exists;
-        bool opens;
+        bool exists, opens;
         DWORD error;
         std::string bytesAfter;
     };
@@ -30,12 +29,10 @@ TEST(FileOpen, DispositionsTellWhetherTheFileWasThere) {
         {"create over old", CREATE_ALWAYS, true, true, ERROR_ALREADY_EXISTS, ""},
         {"open", OPEN_EXISTING, true, true, 0, "old"},
         {"open missing", OPEN_EXISTING, false, false, ERROR_FILE_NOT_FOUND, ""},
-        {"always", OPEN_ALWAYS, false, true, 0, ""},
         {"always old", OPEN_ALWAYS, true, true, ERROR_ALREADY_EXISTS, "old"},
         {"cut", TRUNCATE_EXISTING, true, true, 0, ""},
         {"cut missing", TRUNCATE_EXISTING, false, false, ERROR_FILE_NOT_FOUND, ""},
         {"none", 0, true, false, ERROR_INVALID_PARAMETER, "old"},
-        {"unknown", 6, true, false, ERROR_INVALID_PARAMETER, "old"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -60,19 +57,13 @@ TEST(FileOpen, RefusesWhatIsNoFileName) {
     scratch.folder("folder");
     struct Case {
         const char* name;
-        DWORD disposition;
-        DWORD error;
+        DWORD disposition, error;
     };
     const Case cases[] = {
         {"missing\\f", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
-        {"missing\\f", CREATE_ALWAYS, ERROR_PATH_NOT_FOUND},
         {"file\\f", OPEN_EXISTING, ERROR_PATH_NOT_FOUND},
         {"a?b", CREATE_ALWAYS, ERROR_INVALID_NAME},
-        {"a*b", OPEN_EXISTING, ERROR_INVALID_NAME},
-        {"a<b", CREATE_ALWAYS, ERROR_INVALID_NAME},
-        {"a>b", CREATE_ALWAYS, ERROR_INVALID_NAME},
         {"a|b", CREATE_ALWAYS, ERROR_INVALID_NAME},
-        {"a\"b", CREATE_ALWAYS, ERROR_INVALID_NAME},
         {"a\x01"
          "b",
          CREATE_ALWAYS, ERROR_INVALID_NAME},
@@ -108,10 +99,7 @@ TEST(FileOpen, NamesAreTheSameInEitherCaseAndWithEitherSeparator) {
 
 TEST(FileOpen, ShareModesStandBetweenHandles) {
     struct Case {
-        DWORD access;
-        DWORD share;
-        DWORD laterAccess;
-        DWORD laterShare;
+        DWORD access, share, laterAccess, laterShare;
         bool opens;
         const char* reason;
     };
@@ -119,15 +107,12 @@ TEST(FileOpen, ShareModesStandBetweenHandles) {
     const DWORD shareRead = FILE_SHARE_READ, shareWrite = FILE_SHARE_WRITE, shareDelete = FILE_SHARE_DELETE;
     const Case cases[] = {
         {read, 0, read, kShareAll, false, "the first shares nothing"},
-        {read, shareRead, read, 0, false, "the second denies the first its reading"},
         {read, shareRead, read, shareRead, true, "two readers"},
-        {read, shareRead, write, shareRead, false, "writing is not shared"},
-        {read, shareRead, FILE_APPEND_DATA, shareRead | shareWrite, false, "appending is writing"},
-        {read, shareRead | shareWrite, write, shareRead, true, "a reader that lets others write"},
         {write, shareRead, read, shareRead, false, "the second does not let the first write"},
+        {read, shareRead, write, shareRead, false, "writing is not shared"},
+        {read, shareRead | shareWrite, write, shareRead, true, "a reader that lets others write"},
         {write, shareRead, read, shareRead | shareWrite, true, "the second lets the first write"},
         {0, 0, write, 0, true, "asking about a file is no use of it"},
-        {write, 0, 0, 0, true, "nor is it hindered"},
         {read, 0, FILE_WRITE_ATTRIBUTES, 0, true, "nor is changing attributes"},
         {read, shareRead | shareWrite, read | DELETE, kShareAll, false, "deletion is not shared"},
         {read, shareDelete, DELETE, shareRead, true, "deletion is shared"},
@@ -187,50 +172,43 @@ TEST(FileOpen, DuplicatesShareThePositionAndMayDoLess) {
     DWORD done = 99;
     EXPECT_TRUE(ReadFile(reader.get(), &byte, 1, &done, nullptr));
     EXPECT_EQ(byte, '7');
-    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(WriteFile(reader.get(), "x", 1, &done, nullptr)); }),
-              DWORD{ERROR_ACCESS_DENIED});
-    EXPECT_EQ(errorAfter([&] {
-                  EXPECT_FALSE(DuplicateHandle(nullptr, file.get(), GetCurrentProcess(), &made, 0, FALSE,
-                                               DUPLICATE_SAME_ACCESS));
-              }),
-              DWORD{ERROR_INVALID_HANDLE});
+    EXPECT_FAILS(ERROR_ACCESS_DENIED, WriteFile(reader.get(), "x", 1, &done, nullptr));
+    EXPECT_FAILS(ERROR_INVALID_HANDLE, DuplicateHandle(nullptr, file.get(), GetCurrentProcess(), &made, 0,
+                                                       FALSE, DUPLICATE_SAME_ACCESS));
 }
 
 TEST(FileOpen, WrongHandlesAreRefusedEverywhere) {
     const ScratchFolder scratch;
     File closed(scratch.file("f", "x").c_str(), GENERIC_READ, 0, OPEN_EXISTING);
-    const HANDLE stale = closed.get();
+    const HANDLE stale = closed.get(), self = GetCurrentProcess();
     closed.close();
-    const HANDLE wrong[] = {nullptr, reinterpret_cast<HANDLE>(0x7770), stale};
-    for (const HANDLE handle : wrong) {
-        char byte = 0;
-        DWORD done = 0;
-        FILETIME time{};
-        LARGE_INTEGER place{};
-        BY_HANDLE_FILE_INFORMATION information{};
-        HANDLE made = nullptr;
-        const auto refused = [](auto call) { return errorAfter(call) == ERROR_INVALID_HANDLE; };
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(CloseHandle(handle)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(ReadFile(handle, &byte, 1, &done, nullptr)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(WriteFile(handle, &byte, 1, &done, nullptr)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(FlushFileBuffers(handle)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(SetEndOfFile(handle)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_EQ(GetFileSize(handle, nullptr), INVALID_FILE_SIZE); }));
-        EXPECT_TRUE(refused(
-            [&] { EXPECT_EQ(SetFilePointer(handle, 0, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(SetFilePointerEx(handle, place, nullptr, FILE_BEGIN)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(GetFileTime(handle, &time, nullptr, nullptr)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(SetFileTime(handle, nullptr, nullptr, &time)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(GetFileInformationByHandle(handle, &information)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_EQ(GetFileType(handle), DWORD{FILE_TYPE_UNKNOWN}); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(LockFile(handle, 0, 0, 1, 0)); }));
-        EXPECT_TRUE(refused([&] { EXPECT_FALSE(UnlockFile(handle, 0, 0, 1, 0)); }));
-        EXPECT_TRUE(refused([&] {
-            EXPECT_FALSE(DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), &made, 0, FALSE,
-                                         DUPLICATE_SAME_ACCESS));
-        }));
+    char byte = 0;
+    DWORD done = 0;
+    FILETIME time{};
+    LARGE_INTEGER place{};
+    BY_HANDLE_FILE_INFORMATION information{};
+    HANDLE made = nullptr;
+    for (const HANDLE handle : {HANDLE{nullptr}, reinterpret_cast<HANDLE>(0x7770), stale}) {
+        const auto refused = [](auto call, DWORD result = 0) {
+            EXPECT_TRUE(gives([&] { return static_cast<DWORD>(call()); }, result, ERROR_INVALID_HANDLE));
+        };
+        refused([&] { return CloseHandle(handle); });
+        refused([&] { return ReadFile(handle, &byte, 1, &done, nullptr); });
+        refused([&] { return WriteFile(handle, &byte, 1, &done, nullptr); });
+        refused([&] { return FlushFileBuffers(handle); });
+        refused([&] { return SetEndOfFile(handle); });
+        refused([&] { return GetFileSize(handle, nullptr); }, INVALID_FILE_SIZE);
+        refused([&] { return SetFilePointer(handle, 0, nullptr, FILE_BEGIN); }, INVALID_SET_FILE_POINTER);
+        refused([&] { return SetFilePointerEx(handle, place, nullptr, FILE_BEGIN); });
+        refused([&] { return GetFileTime(handle, &time, nullptr, nullptr); });
+        refused([&] { return SetFileTime(handle, nullptr, nullptr, &time); });
+        refused([&] { return GetFileInformationByHandle(handle, &information); });
+        refused([&] { return GetFileType(handle); });
+        refused([&] { return LockFile(handle, 0, 0, 1, 0); });
+        refused([&] { return UnlockFile(handle, 0, 0, 1, 0); });
+        refused([&] { return DuplicateHandle(self, handle, self, &made, 0, FALSE, DUPLICATE_SAME_ACCESS); });
     }
-    EXPECT_TRUE(CloseHandle(GetCurrentProcess())) << "the pseudo handle may be closed";
+    EXPECT_TRUE(CloseHandle(self)) << "the pseudo handle may be closed";
 }
 
 TEST(FileOpen, ThreadsOpenAndCloseAtTheSameTime) {
@@ -238,7 +216,7 @@ TEST(FileOpen, ThreadsOpenAndCloseAtTheSameTime) {
     const std::string path = scratch.file("f", "shared");
     std::vector<std::thread> threads;
     std::atomic<int> wrong{0};
-    for (int thread = 0; thread < 4; ++thread) {
+    for (int thread = 0; thread < 4; ++thread)
         threads.emplace_back([&] {
             for (int round = 0; round < 200; ++round) {
                 const File file(path.c_str(), GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
@@ -249,7 +227,6 @@ TEST(FileOpen, ThreadsOpenAndCloseAtTheSameTime) {
                 wrong += right ? 0 : 1;
             }
         });
-    }
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(wrong, 0);

@@ -30,33 +30,25 @@ DWORD formatList(char* buffer, DWORD size, const char* source, ...) {
 
 TEST(FormatMessage, PutsArgumentsInAnyOrderAndForm) {
     DWORD_PTR arguments[] = {reinterpret_cast<DWORD_PTR>("one"), 42, static_cast<DWORD_PTR>(-7), 0xBEEF};
-    struct {
-        const char* source;
-        const char* text;
-    } const cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"%1", "one"},
         {"%2!d! after %1 after %2!u!", "42 after one after 42"},
         {"%3!d!, %3!hd!, %3!li!", "-7, -7, -7"},
         {"%4!x! %4!08lX! %4!#x!", "beef 0000BEEF 0xbeef"},
         {"[%1!8s!] [%1!-6s!] [%1!.2s!]", "[     one] [one   ] [on]"},
-        {"%2!c!%2!5d!%2!-4d!.", "*   4242  ."},
         {"100%% %. %! %x", "100% . ! x"},
         {"end%0 of it", "end"},
-        {"no inserts", "no inserts"},
         {"a\nb\r\nc%nd", "a\r\nb\r\nc\r\nd"},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(formatted(0, each.source, arguments), each.text) << each.source;
+    for (const auto& [source, text] : cases)
+        EXPECT_EQ(formatted(0, source, arguments), text) << source;
 }
 
 TEST(FormatMessage, TakesAnArgumentListInOrder) {
     char buffer[100];
     EXPECT_GT(formatList(buffer, sizeof buffer, "%3!d!-%1!s!-%2", "first", "second", 3), 0u);
     EXPECT_STREQ(buffer, "3-first-second");
-}
-
-TEST(FormatMessage, LeavesInsertsAloneOnRequest) {
-    EXPECT_EQ(formatted(FORMAT_MESSAGE_IGNORE_INSERTS, "a %1 b %2!d!"), "a %1 b %2!d!");
+    EXPECT_EQ(formatted(FORMAT_MESSAGE_IGNORE_INSERTS, "a %1 b"), "a %1 b");
 }
 
 TEST(FormatMessage, BreaksLinesAtTheWidth) {
@@ -70,9 +62,8 @@ TEST(FormatMessage, BreaksLinesAtTheWidth) {
 TEST(FormatMessage, FailsWithAReason) {
     char buffer[8] = "#######";
     const auto fails = [&](DWORD flags, LPCVOID source, DWORD id) {
-        SetLastError(kSeed);
-        EXPECT_EQ(FormatMessageA(flags, source, id, 0, buffer, sizeof buffer, nullptr), 0u);
-        return GetLastError();
+        return kor::test::errorAfter(
+            [&] { EXPECT_EQ(FormatMessageA(flags, source, id, 0, buffer, sizeof buffer, nullptr), 0u); });
     };
     EXPECT_EQ(fails(0, "text", 0), DWORD{ERROR_INVALID_PARAMETER}) << "no source";
     EXPECT_EQ(fails(FORMAT_MESSAGE_FROM_STRING, "%1", 0), DWORD{ERROR_INVALID_PARAMETER}) << "no arguments";

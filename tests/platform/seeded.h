@@ -29,6 +29,13 @@ testing::AssertionResult gives(Call call, Result expected, DWORD error) {
            << testing::PrintToString(expected) << ", last error " << left << " instead of " << error;
 }
 
+/// Whether a call gives 0, FALSE or null, and then leaves this last error.
+#define EXPECT_FAILS(error, ...) EXPECT_TRUE(kor::test::fails([&] { return __VA_ARGS__; }, error))
+template <class Call>
+testing::AssertionResult fails(Call call, DWORD error) {
+    return gives(call, decltype(call()){}, error);
+}
+
 /// A file handle that is closed at the end of the test.
 class File {
   public:

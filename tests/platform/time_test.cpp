@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <string>
+#include <cstring>
 #include <thread>
 
 #include "tests/platform/seeded.h"
@@ -22,23 +22,15 @@ TEST(FileTimes, AreBrokenDownAndBack) {
     };
     const Case cases[] = {
         {0, {1601, 1, 1, 1, 0, 0, 0, 0}},
-        {116444736000000000, {1970, 1, 4, 1, 0, 0, 0, 0}},
         {125911583990000000, {1999, 12, 5, 31, 23, 59, 59, 0}},
         {125963423998760000, {2000, 2, 2, 29, 23, 59, 59, 876}},
-        {127240056000000000, {2004, 3, 3, 17, 14, 0, 0, 0}},
         {157469184000000000, {2100, 1, 5, 1, 0, 0, 0, 0}},
     };
     for (const Case& c : cases) {
         const FILETIME time = fileTime(c.units);
         SYSTEMTIME broken{};
         ASSERT_TRUE(FileTimeToSystemTime(&time, &broken));
-        const auto fields = [](const SYSTEMTIME& t) {
-            return std::to_string(t.wYear) + "-" + std::to_string(t.wMonth) + "-" + std::to_string(t.wDay) +
-                   " (" + std::to_string(t.wDayOfWeek) + ") " + std::to_string(t.wHour) + ":" +
-                   std::to_string(t.wMinute) + ":" + std::to_string(t.wSecond) + "." +
-                   std::to_string(t.wMilliseconds);
-        };
-        EXPECT_EQ(fields(broken), fields(c.broken));
+        EXPECT_EQ(std::memcmp(&broken, &c.broken, sizeof broken), 0) << c.units;
         FILETIME back{};
         SYSTEMTIME given = c.broken;
         given.wDayOfWeek = 77;
@@ -55,15 +47,13 @@ TEST(FileTimes, OutOfRangeAreRefused) {
     };
     for (const SYSTEMTIME& broken : cases) {
         FILETIME time = fileTime(42);
-        EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(SystemTimeToFileTime(&broken, &time)); }),
-                  DWORD{ERROR_INVALID_PARAMETER})
+        EXPECT_FAILS(ERROR_INVALID_PARAMETER, SystemTimeToFileTime(&broken, &time))
             << broken.wYear << "-" << broken.wMonth << "-" << broken.wDay;
         EXPECT_EQ(unitsOf(time), 42u);
     }
     SYSTEMTIME broken{};
     const FILETIME tooLate = fileTime(ULONGLONG{1} << 63);
-    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(FileTimeToSystemTime(&tooLate, &broken)); }),
-              DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_FAILS(ERROR_INVALID_PARAMETER, FileTimeToSystemTime(&tooLate, &broken));
     const FILETIME last = fileTime((ULONGLONG{1} << 63) - 1);
     EXPECT_TRUE(FileTimeToSystemTime(&last, &broken));
     EXPECT_EQ(broken.wYear, 30828);
@@ -80,9 +70,6 @@ TEST(FileTimes, LocalOnesDifferByTheZone) {
         unitsOf(local) > unitsOf(time) ? unitsOf(local) - unitsOf(time) : unitsOf(time) - unitsOf(local);
     EXPECT_LE(distance, 14ull * 3600 * 10'000'000);
     EXPECT_EQ(distance % (60ull * 10'000'000), 0u) << "whole minutes";
-    const FILETIME later = fileTime(unitsOf(time) + 1);
-    EXPECT_EQ(CompareFileTime(&time, &later), -1);
-    EXPECT_EQ(CompareFileTime(&later, &time), 1);
 }
 
 TEST(Clocks, AgreeWithEachOther) {
@@ -107,15 +94,15 @@ TEST(Clocks, AgreeWithEachOther) {
 }
 
 TEST(LastError, IsEachThreadsOwn) {
-    DWORD fresh = 99;
-    std::atomic<bool> set{false};
+    std::atomic<DWORD> fresh{99};
+    SetLastError(1234);
     std::thread other([&] {
-        fresh = GetLastError();
+        const DWORD first = GetLastError();
         SetLastError(5678);
-        set = true;
+        fresh = first;
     });
     SetLastError(1234);
-    while (!set) {
+    while (fresh == 99) {
     }
     EXPECT_EQ(GetLastError(), 1234u);
     other.join();

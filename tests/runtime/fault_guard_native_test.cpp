@@ -15,8 +15,7 @@
 #include "tests/runtime/fault_outcome.h"
 #include "tests/runtime/faulting_module.h"
 
-using kor::test::DiedFrom;
-using kor::test::faultingModule;
+using namespace kor::test;
 
 namespace {
 
@@ -51,7 +50,6 @@ class Handler {
     Handler(const Handler&) = delete;
     Handler& operator=(const Handler&) = delete;
     ~Handler() { sigaction(signal_, &former_, nullptr); }
-    const struct sigaction& former() const { return former_; }
 
   private:
     int signal_;

@@ -7,15 +7,12 @@
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "korutil/error.h"
 #include "tests/runtime/fault_outcome.h"
 #include "tests/runtime/faulting_module.h"
-#include "tests/support/random.h"
 
-using kor::test::DiedFrom;
-using kor::test::faultingModule;
+using namespace kor::test;
 
 namespace {
 
@@ -96,51 +93,24 @@ TEST(FaultGuard, EachFaultSurfacesWithItsCodeAsOftenAsItHappens) {
                 ASSERT_NE(last, nullptr);
                 EXPECT_EQ(Outcome(last->GetErrorCode(), last->GetErrorLocation()),
                           Outcome(c.code, kFaultLocation));
+                char text[64] = "x";
+                EXPECT_FALSE(last->GetErrorMessage(text, sizeof text, nullptr)) << "no text for the user";
+                EXPECT_STREQ(text, "");
             }
         }
     }
     appClearErrors();
 }
 
-TEST(FaultGuard, TheErrorHasNoTextForTheUser) {
-    guarded(readNowhere);
-    char text[64] = "x";
-    UINT helpContext = 1;
-    EXPECT_FALSE(appGetLastErrorObject()->GetErrorMessage(text, sizeof text, &helpContext));
-    EXPECT_STREQ(text, "");
-    EXPECT_EQ(helpContext, 0u);
-    appClearErrors();
-}
-
-TEST(FaultGuard, FramesBetweenFaultAndCatchAreCleanedUp) {
-    struct Count {
-        int& destroyed;
-        ~Count() { ++destroyed; }
-    };
-    int destroyed = 0;
-    guarded([&] {
-        const Count outer{destroyed};
-        [&] {
-            const Count inner{destroyed};
-            readNowhere();
-        }();
-    });
-    EXPECT_EQ(destroyed, 2);
-}
-
-TEST(FaultGuard, TrapsAreMaskedAfterATranslatedOne) {
-    ASSERT_NE(guarded([] {
-                  trapSseDivision();
-                  trapX87Division();
-                  korFaulting()->divideDouble(1.0, zero);
-              }).first,
-              0u);
-    EXPECT_GT(korFaulting()->divideDouble(1.0, zero), 1e300);
-    EXPECT_GT(korFaulting()->divideExtended(1.0L, zero), 1e300L);
-}
-
 TEST(FaultGuard, RoundingAndTrapsSurviveAFaultOfAnotherKind) {
     constexpr unsigned kControl = _MM_ROUND_MASK | kSseDivideTrap;
+    guarded([] {
+        trapSseDivision();
+        trapX87Division();
+        korFaulting()->divideDouble(1.0, zero);
+    });
+    EXPECT_GT(korFaulting()->divideDouble(1.0, zero), 1e300) << "masked after one that was translated";
+    EXPECT_GT(korFaulting()->divideExtended(1.0L, zero), 1e300L);
     for (const Fault fault : {kCases[0].fault, kCases[1].fault}) {
         ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
         trapSseDivision();
@@ -155,46 +125,34 @@ TEST(FaultGuard, RoundingAndTrapsSurviveAFaultOfAnotherKind) {
     }
 }
 
-TEST(FaultGuard, AnInnerGuardLeavesTheOuterOneAtWork) {
-    Outcome inner;
-    const Outcome outer = guarded([&] {
-        inner = guarded(divideByZero);
-        readNowhere();
-    });
-    EXPECT_EQ(inner.first, EXCEPTION_INT_DIVIDE_BY_ZERO);
-    EXPECT_EQ(outer.first, EXCEPTION_ACCESS_VIOLATION);
-}
-
-TEST(FaultGuard, ThreadsTranslateTheirOwnFaults) {
-    const int rounds = kor::test::scaled(50);
-    std::vector<int> wrong(4);
-    std::vector<std::thread> threads;
-    // One thread at a time places its error: the ring is not guarded.
-    for (int& count : wrong) {
-        threads.emplace_back([&count, rounds] {
-            for (int i = 0; i < rounds; ++i)
-                count += guarded(readNowhere).first != EXCEPTION_ACCESS_VIOLATION;
-        });
-        threads.back().join();
-    }
-    EXPECT_EQ(wrong, std::vector<int>(4));
-}
-
-TEST(FaultGuard, AContinuableExceptionOfTheProgramKeepsItsCode) {
+TEST(FaultGuard, EveryKindOnEveryThreadCleansUpAndLeavesTheOuterGuardAtWork) {
     struct Count {
         int& destroyed;
         ~Count() { ++destroyed; }
     };
+    const auto raise = [] { RaiseException(kOwnCode, 0, 0, nullptr); };  // one that could be continued
     int destroyed = 0;
-    for (int round = 1; round <= 3; ++round) {
-        const Outcome outcome = guarded([&] {
-            const Count local{destroyed};
-            const ULONG_PTR arguments[] = {1, 2};
-            RaiseException(kOwnCode, 0, 2, arguments);
-        });
-        EXPECT_EQ(outcome, Outcome(kOwnCode, kFaultLocation));
-        EXPECT_EQ(destroyed, round);
-    }
+    const auto work = [&] {
+        for (int round = 0; round < 3; ++round) {
+            Outcome inner;
+            const Outcome outer = guarded([&] {
+                const Count first{destroyed};
+                inner = guarded([&] {
+                    const Count second{destroyed};
+                    raise();
+                });
+                [&] {
+                    const Count third{destroyed};
+                    readNowhere();
+                }();
+            });
+            EXPECT_EQ(inner, Outcome(kOwnCode, kFaultLocation));
+            EXPECT_EQ(outer.first, EXCEPTION_ACCESS_VIOLATION);
+        }
+    };
+    work();
+    std::thread(work).join();
+    EXPECT_EQ(destroyed, 18);
 }
 
 TEST(FaultGuard, AGuardPageIsToldOnceAndIsThenOrdinary) {
@@ -219,25 +177,13 @@ TEST(FaultGuard, AGuardPageIsToldOnceAndIsThenOrdinary) {
 
 TEST(FaultGuardDeathTest, AFaultWithoutAGuardEndsTheProcess) {
     EXPECT_EXIT(divideByZero(), DiedFrom(EXCEPTION_INT_DIVIDE_BY_ZERO), "");
-    EXPECT_EXIT(readNowhere(), DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
-}
-
-TEST(FaultGuardDeathTest, AFaultAfterTheGuardEndsTheProcess) {
-    EXPECT_EXIT(
-        {
-            guarded(divideByZero);
-            divideByZero();
-        },
-        DiedFrom(EXCEPTION_INT_DIVIDE_BY_ZERO), "");
-}
-
-TEST(FaultGuardDeathTest, AGuardOfAnotherThreadDoesNotHelp) {
-    EXPECT_EXIT(
-        {
-            const CKorWinToCException guard;
-            std::thread(readNowhere).join();
-        },
-        DiedFrom(EXCEPTION_ACCESS_VIOLATION), "");
+    EXPECT_EXIT((guarded(divideByZero), readNowhere()), DiedFrom(EXCEPTION_ACCESS_VIOLATION), "")
+        << "any more";
+    const auto besideOther = [] {
+        const CKorWinToCException guard;
+        std::thread(readNowhere).join();
+    };
+    EXPECT_EXIT(besideOther(), DiedFrom(EXCEPTION_ACCESS_VIOLATION), "") << "another thread's";
 }
 
 TEST(FaultGuardDeathTest, AnExceptionThatCannotBeContinuedIsNotTranslated) {

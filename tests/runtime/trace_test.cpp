@@ -50,7 +50,7 @@ TEST(Trace, FunctionsAreIndentedByTheirDepth) {
 }
 
 TEST(Trace, OfANameFiftyCharactersAreKept) {
-    for (const std::size_t length : {49u, 50u, 51u, 200u}) {
+    for (const std::size_t length : {50u, 51u}) {
         DebuggerOutput output;
         const std::string name(length, 'n');
         { const CDebugFknOutput trace(name.c_str(), nullptr, 0); }

@@ -15,8 +15,7 @@
 
 namespace {
 
-using kor::test::FailingAllocation;
-using kor::test::ownText;
+using namespace kor::test;
 
 // What a call writes to standard error, where message boxes appear.
 template <class Call>
@@ -30,15 +29,7 @@ bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-TEST(WarningShown, BeforeTheStartTheDefaultProcedureShowsIt) {
-    int button = 0;
-    const std::string shown = shownBy([&] { button = utlWarning(nullptr, nullptr, "Lens %d", MB_OK, 3); });
-    EXPECT_EQ(button, IDOK);
-    EXPECT_TRUE(contains(shown, "Lens 3")) << shown;
-    EXPECT_TRUE(contains(shown, "Lumetra")) << shown;
-}
-
-TEST(WarningShown, AlsoWhenSomebodyHasEndedTheHooksChain) {
+TEST(WarningShown, WithoutAHookTheDefaultProcedureShowsIt) {
     ASSERT_TRUE(utlInitDLL1("Measuring"));
     menuExitHook(14061);
     EXPECT_EQ(shownBy([] { EXPECT_EQ(utlWarning(nullptr, nullptr, "still told", MB_OK), IDOK); }),
@@ -46,6 +37,11 @@ TEST(WarningShown, AlsoWhenSomebodyHasEndedTheHooksChain) {
     utlExitDLL();
     utlInitDLL1(nullptr);
     utlExitDLL();
+    int button = 0;
+    const std::string shown = shownBy([&] { button = utlWarning(nullptr, nullptr, "Lens %d", MB_OK, 3); });
+    EXPECT_EQ(button, IDOK);
+    EXPECT_TRUE(contains(shown, "Lens 3")) << shown;
+    EXPECT_TRUE(contains(shown, "Lumetra")) << shown;
 }
 
 TEST(WarningShown, EachKindOfTheDefaultProcedure) {
@@ -78,6 +74,7 @@ TEST(WarningShown, TheMemoryErrorIsShownWithoutMemory) {
 }
 
 TEST(WarningShown, WithoutMemoryForTheTextThatIsShownInstead) {
+    EXPECT_TRUE(contains(shownBy([] { utlDisplayErrorMsg(0xE0000003); }), ownText(kor::text::kOutOfMemory)));
     int result = 99;
     const std::string shown = shownBy([&] {
         FailingAllocation first(1);
@@ -86,11 +83,6 @@ TEST(WarningShown, WithoutMemoryForTheTextThatIsShownInstead) {
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(contains(shown, ownText(kor::text::kOutOfMemory))) << shown;
     EXPECT_FALSE(contains(shown, "Lens")) << shown;
-}
-
-TEST(WarningShown, ASystemErrorWithoutATextCountsAsShortMemory) {
-    const std::string shown = shownBy([] { EXPECT_EQ(utlDisplayErrorMsg(0xE0000003), 0); });
-    EXPECT_TRUE(contains(shown, ownText(kor::text::kOutOfMemory))) << shown;
 }
 
 TEST(WarningShown, AMemoryExceptionIsShownAndPlaced) {
@@ -127,7 +119,8 @@ TEST(WarningShown, AnyOtherExceptionReportsItself) {
 
 TEST(ErrorWithoutMemory, PlacingThrowsAndLeavesTheRingAsItWas) {
     appClearErrors();
-    appPlaceError(1, 1, "first", nullptr, nullptr, nullptr, 0, nullptr);
+    for (UINT code = 8; code >= 1; --code)  // a full ring
+        appPlaceError(code, 1, "text", nullptr, nullptr, nullptr, 0, nullptr);
     const int failures = kor::test::failEachAllocation([] {
         try {
             appPlaceError(2, 2, "second", nullptr, "debug", nullptr, 0, nullptr);
@@ -138,22 +131,9 @@ TEST(ErrorWithoutMemory, PlacingThrowsAndLeavesTheRingAsItWas) {
     });
     EXPECT_EQ(failures, 3) << "the object and its two texts";
     EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), 2u);
-    appClearErrors();
-}
-
-TEST(ErrorWithoutMemory, AFullRingLosesNothing) {
-    appClearErrors();
-    for (UINT code = 1; code <= 8; ++code)
-        appPlaceError(code, 1, "text", nullptr, nullptr, nullptr, 0, nullptr);
-    {
-        kor::test::FailingAllocation failing(1, kor::test::FailingAllocation::After::fails);
-        EXPECT_THROW(appPlaceError(9, 1, "text", nullptr, nullptr, nullptr, 0, nullptr), CMemoryException*);
-    }
-    for (UINT code = 8; code >= 1; --code) {
-        ASSERT_NE(appGetLastErrorObject(), nullptr) << code;
-        EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), code);
-        appRemoveLastError();
-    }
+    for (int left = 7; left > 0; --left)
+        EXPECT_EQ(appRemoveLastError(), 1);
+    EXPECT_EQ(appGetLastErrorObject()->GetErrorCode(), 7u) << "only the oldest is gone";
     appClearErrors();
 }
 
@@ -172,7 +152,9 @@ TEST(ErrorWithoutMemory, TheMemoryErrorIsPlacedWithoutThrowing) {
     EXPECT_EQ(appPlaceMemoryError(), 1);
     FailingAllocation none(1, FailingAllocation::After::fails);
     EXPECT_EQ(appPlaceMemoryError(), 1) << "the ring is there";
+    EXPECT_EQ(menuInitHook(29201, nullptr), 0);
     none.stop();
+    EXPECT_EQ(menuGetFirstHook(29201), nullptr);
     appClearErrors();
 }
 
@@ -189,14 +171,6 @@ TEST(ErrorWithoutMemory, AnExceptionThatCannotKeepItsErrorCarriesNone) {
     EXPECT_EQ(exception->GetErrorCode(), 0u);
     EXPECT_TRUE(contains(shown, ownText(kor::text::kOutOfMemory))) << shown;
     exception->Delete();
-}
-
-TEST(HookWithoutMemory, AChainThatCannotBeMadeIsRefused) {
-    FailingAllocation none(1, FailingAllocation::After::fails);
-    const int result = menuInitHook(29201, nullptr);
-    none.stop();
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(menuGetFirstHook(29201), nullptr);
 }
 
 }  // namespace

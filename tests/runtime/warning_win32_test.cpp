@@ -74,17 +74,14 @@ TEST(WarningShown, EachKindOfTheDefaultProcedure) {
     }
 }
 
-TEST(WarningShown, AQuestionGivesItsAnswer) {
-    User user("Lumetra", IDNO, kMessageBoxText);
+TEST(WarningShown, AQuestionGivesItsAnswerAndTheMemoryErrorIsShown) {
+    User asked("Lumetra", IDNO, kMessageBoxText);
     EXPECT_EQ(utlWarning(nullptr, nullptr, "Lens %d?", MB_YESNO, 3), IDNO)
         << "no hook: the default procedure";
-    EXPECT_EQ(user.seen(), "Lens 3?");
-}
-
-TEST(WarningShown, TheMemoryErrorHasTheProductCaption) {
-    User user("Lumetra", IDOK, kMessageBoxText);
+    EXPECT_EQ(asked.seen(), "Lens 3?");
+    User told("Lumetra", IDOK, kMessageBoxText);
     EXPECT_EQ(OutOfMemoryError(), 1);
-    EXPECT_EQ(user.seen(), ownText(kor::text::kOutOfMemory));
+    EXPECT_EQ(told.seen(), ownText(kor::text::kOutOfMemory));
 }
 
 }  // namespace

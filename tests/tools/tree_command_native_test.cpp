@@ -1,8 +1,6 @@
 // korutil tree show and from-json.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 
@@ -12,12 +10,7 @@
 
 namespace {
 
-using kor::test::Call;
-using kor::test::imageOf;
-using kor::test::Node;
-using kor::test::Outcome;
-using kor::test::run;
-using kor::test::WorkFolder;
+using namespace kor::test;
 
 constexpr char kEverything[] = R"({"id":4294967295,"type":"section","version":134217727,"children":[
   {"id":0,"type":"long","value":-2147483648},
@@ -50,16 +43,6 @@ constexpr char kEverything[] = R"({"id":4294967295,"type":"section","version":13
 ]}
 )";
 
-TEST(TreeFromJson, CanonicalTextComesBackByteForByte) {
-    const WorkFolder folder;
-    folder.write("a.json", kEverything);
-    const Outcome stored = run(folder, {"tree", "from-json", "a.json", "a.tag"});
-    ASSERT_EQ(stored.status, 0) << stored.err;
-    EXPECT_EQ(stored.out + stored.err, "");
-    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).out, kEverything);
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag"}));
-}
-
 TEST(TreeFromJson, WritesTheDocumentedBytes) {
     const WorkFolder folder;
     const std::string json = R"({"children":[{"value":"\u00fc","type":"string","id":2},
@@ -75,28 +58,15 @@ TEST(TreeFromJson, WritesTheDocumentedBytes) {
 }
 
 TEST(TreeFromJson, RefusesWhatATreeCannotHold) {
-    struct Case {
-        std::string node;
-        std::string reason;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {R"([])", "column 1: a node must be an object, not an array"},
-        {R"({"type":"long","value":1})", "column 1: the node has no \"id\""},
-        {R"({"id":1,"value":1})", "column 1: the node has no \"type\""},
         {R"({"id":-1,"type":"long","value":1})", "column 7: \"id\" must lie between 0 and 4294967295"},
         {R"({"id":1,"type":"int","value":1})",
          "column 16: \"int\" is no type; there are long, double, point, string, "
          "doubles, memory, section and other"},
-        {R"({"id":1,"type":"long"})", "column 1: the node has no \"value\""},
         {R"({"id":1,"type":"long","value":2147483648})",
          "column 31: a long must lie between -2147483648 and 2147483647"},
-        {R"({"id":1,"type":"long","value":1.0})", "column 31: a long must be a whole number"},
-        {R"({"id":1,"type":"long","version":1,"value":1})",
-         "column 33: \"version\" must lie between 0 and 0"},
         {R"({"id":1,"type":"long","value":1,"x":2})", "column 37: a node of type long has no \"x\""},
-        {R"({"id":1,"type":"long","value":1,"children":[]})",
-         "column 44: a node of type long has no \"children\""},
-        {R"({"id":1,"type":"section","value":1})", "column 34: a node of type section has no \"value\""},
         {R"({"id":1,"type":"section","version":134217728})",
          "column 36: \"version\" must lie between 0 and 134217727"},
         {R"({"id":1,"type":"double","value":1e999})",
@@ -104,15 +74,10 @@ TEST(TreeFromJson, RefusesWhatATreeCannotHold) {
         {R"({"id":1,"type":"double","value":"nan"})",
          "column 33: a double is a number, \"NaN\", \"Infinity\", "
          "\"-Infinity\" or the bits of a NaN"},
-        {R"({"id":1,"type":"double","value":"0x3FF0000000000000"})",
-         "column 33: a double is a number, \"NaN\", \"Infinity\", \"-Infinity\" or the bits of a NaN"},
         {R"({"id":1,"type":"point","value":[1]})",
          "column 32: the value of a point is an array of two numbers"},
         {R"({"id":1,"type":"string","value":"a\u0000b"})", "column 33: a string cannot hold a zero"},
         {R"({"id":1,"type":"string","value":"日"})", "column 33: code page 1252 cannot express U+65E5 '日'"},
-        {R"({"id":1,"type":"string","value":"\u0080"})",
-         "column 33: code page 1252 cannot express U+0080 '\\xC2\\x80'"},
-        {R"({"id":1,"type":"string","value":"😀"})", "column 33: code page 1252 cannot express U+1F600 '😀'"},
         {R"({"id":1,"type":"memory","value":"ABC"})",
          "column 33: bytes are written as a string of hexadecimal digit pairs"},
         {R"({"id":1,"type":"other","value":[1,2]})", "column 1: the node has no \"word\""},
@@ -121,22 +86,16 @@ TEST(TreeFromJson, RefusesWhatATreeCannotHold) {
     };
     const WorkFolder folder;
     folder.write("a.tag", "what was there");
-    for (const Case& c : cases) {
-        folder.write("a.json", "{\"id\":1,\"type\":\"section\",\"children\":[\n" + c.node + "]}");
+    for (const auto& [node, reason] : cases) {
+        folder.write("a.json", "{\"id\":1,\"type\":\"section\",\"children\":[\n" + node + "]}");
         const Outcome outcome = run(folder, {"tree", "from-json", "a.json", "a.tag"});
-        EXPECT_EQ(outcome.status, 1) << c.node;
-        EXPECT_EQ(outcome.err, "korutil: a.json: line 2, " + c.reason + '\n') << c.node;
+        EXPECT_EQ(outcome.status, 1) << node;
+        EXPECT_EQ(outcome.err, "korutil: a.json: line 2, " + reason + '\n') << node;
     }
+    folder.write("a.json", R"({"id":1,"type":"long","value":1})");
+    EXPECT_EQ(run(folder, {"tree", "from-json", "a.json", "a.tag"}).err,
+              "korutil: a.json: line 1, column 1: the outermost node must be a section\n");
     EXPECT_EQ(folder.read("a.tag"), "what was there");
-}
-
-TEST(TreeFromJson, TheOutermostNodeIsASection) {
-    const WorkFolder folder;
-    const Outcome outcome = run(folder, Call{.arguments = {"tree", "from-json", "-", "a"},
-                                             .input = R"({"id":1,"type":"long","value":1})"});
-    EXPECT_EQ(outcome.err,
-              "korutil: standard input: line 1, column 1: the outermost node must be a section\n");
-    EXPECT_EQ(outcome.status, 1);
 }
 
 TEST(TreeFromJson, StoresWhatCanBeReadAgainAndNothingDeeper) {
@@ -163,8 +122,7 @@ TEST(TreeFromJson, StoresWhatCanBeReadAgainAndNothingDeeper) {
 
 TEST(TreeJson, EscapesStandForBytesThatAMultiByteCodePageDoesNotDefine) {
     struct Case {
-        const char* page;
-        const char* value;
+        const char *page, *value;
         std::string stored;  // empty: refused
         const char* shown;
     };
@@ -197,43 +155,42 @@ TEST(TreeJson, EscapesStandForBytesThatAMultiByteCodePageDoesNotDefine) {
 }
 
 TEST(TreeJson, EveryTreeThatAFileCanHoldComesBack) {
-    struct Page {
-        const char* number;
-        std::string strings;
-    };
     std::string everyByte;
     for (int i = 1; i < 256; ++i)
         everyByte += static_cast<char>(i);
-    const Page pages[] = {{"1252", everyByte},
-                          {"65001", std::string("a\xC3\xA9\xE2\x82\xAC\xFF\x80") + "\n\""},
-                          {"932", everyByte},
-                          {"936", everyByte}};
+    const std::pair<const char*, std::string> pages[] = {
+        {"1252", everyByte},
+        {"65001", std::string("a\xC3\xA9\xE2\x82\xAC\xFF\x80") + "\n\""},
+        {"932", everyByte},
+        {"936", everyByte}};
     const WorkFolder folder;
     auto generator = kor::test::generator();
     for (int i = 0; i < kor::test::scaled(60); ++i) {
-        const Page& page = pages[static_cast<std::size_t>(i) % std::size(pages)];
-        const std::string image = imageOf(kor::test::randomTree(generator, page.strings));
+        const auto& [page, strings] = pages[static_cast<std::size_t>(i) % std::size(pages)];
+        const std::string image = imageOf(kor::test::randomTree(generator, strings));
         folder.write("a.tag", image);
-        const auto call = [&](std::vector<std::string> arguments) {
-            return run(folder, Call{.arguments = std::move(arguments),
-                                    .environment = {{"KORUTIL_CODEPAGE", page.number}}});
+        const auto call = [&, name = page](std::vector<std::string> arguments) {
+            return run(folder,
+                       Call{.arguments = std::move(arguments), .environment = {{"KORUTIL_CODEPAGE", name}}});
         };
         const Outcome shown = call({"tree", "show", "a.tag", "--json"});
         ASSERT_EQ(shown.status, 0) << shown.err;
         folder.write("a.json", shown.out);
         const Outcome stored = call({"tree", "from-json", "a.json", "b.tag"});
         ASSERT_EQ(stored.status, 0) << stored.err << shown.out;
-        ASSERT_EQ(folder.read("b.tag"), image) << "case " << i << ", code page " << page.number << '\n'
-                                               << shown.out;
-        EXPECT_EQ(call({"tree", "show", "a.tag"}).status, 0);
+        ASSERT_EQ(folder.read("b.tag"), image) << "case " << i << ", code page " << page << shown.out;
         EXPECT_EQ(call({"tree", "show", "a.tag", "--all"}).status, 0);
     }
 }
 
-TEST(TreeShow, AlignsEverythingThatATreeHolds) {
+TEST(TreeShow, EverythingComesBackByteForByteAndIsAligned) {
     const WorkFolder folder;
     folder.write("a.json", kEverything);
-    ASSERT_EQ(run(folder, {"tree", "from-json", "a.json", "a.tag"}).status, 0);
+    const Outcome stored = run(folder, {"tree", "from-json", "a.json", "a.tag"});
+    ASSERT_EQ(stored.status, 0) << stored.err;
+    EXPECT_EQ(stored.out + stored.err, "");
+    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).out, kEverything);
+    EXPECT_EQ(folder.names(), (std::vector<std::string>{"a.json", "a.tag"}));
     EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).out,
               R"(a.tag: parameter tree of 24 entries in 5 sections, 452 bytes
 
@@ -266,20 +223,21 @@ id          type       version  bytes  value
 )");
 }
 
-TEST(TreeShow, CutsLongValuesUnlessAskedForAll) {
+TEST(TreeShow, CutsLongValuesUnlessAskedForAllAndNeedsNoRightToWrite) {
     const WorkFolder folder;
-    const Node root{.id = 1,
-                    .type = 0x40000000,
-                    .children = {{.id = 2, .type = 0x10000088, .data = std::string(80, '\0')},
-                                 {.id = 3, .type = 0x20000000, .data = std::string(25, 'A')}}};
-    folder.write("a.tag", imageOf(root));
+    std::string image = imageOf({.id = 1,
+                                 .type = 0x40000000,
+                                 .children = {{.id = 3, .type = 0x20000000, .data = std::string(25, 'A')}}});
+    image.resize(image.size() - 3);  // other writers need not pad
+    folder.write("a.tag", image);
+    ASSERT_EQ(::chmod(folder.path("a.tag").c_str(), 0444), 0);
     const std::string cut = run(folder, {"tree", "show", "a.tag"}).out;
-    EXPECT_NE(cut.find("0, 0, 0, 0, 0, 0, 0, 0 ...\n"), std::string::npos) << cut;
-    EXPECT_NE(cut.find("41414141 41414141 41414141 41414141 41414141 41414141 ...\n"), std::string::npos)
+    EXPECT_NE(cut.find("  41414141 41414141 41414141 41414141 41414141 41414141 ...\n"), std::string::npos)
         << cut;
     const std::string all = run(folder, {"tree", "show", "--all", "a.tag"}).out;
-    EXPECT_NE(all.find("80  0, 0, 0, 0, 0, 0, 0, 0, 0, 0\n"), std::string::npos) << all;
-    EXPECT_NE(all.find("41414141 41414141 41\n"), std::string::npos) << all;
+    EXPECT_NE(all.find(" 41414141 41414141 41\n"), std::string::npos) << all;
+    EXPECT_EQ(folder.read("a.tag"), image);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.tag"});
 }
 
 TEST(TreeShow, FindsATreeInsideALargerFile) {
@@ -296,26 +254,6 @@ TEST(TreeShow, FindsATreeInsideALargerFile) {
             << outcome.out;
     }
     EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 1);
-}
-
-TEST(TreeShow, ChangesNothingAndNeedsNoRightToWrite) {
-    const WorkFolder folder;
-    folder.write("a.tag", imageOf({.id = 1, .type = 0x40000000, .children = {{3, 0x80000014, 5, 0}}}));
-    const std::string path = folder.path("a.tag");
-    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
-    const timespec times[2] = {{1'000'000'000, 5}, {1'000'000'000, 7}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    struct stat before {};
-    ASSERT_EQ(::stat(path.c_str(), &before), 0);
-    EXPECT_EQ(run(folder, {"tree", "show", "a.tag"}).status, 0);
-    EXPECT_EQ(run(folder, {"tree", "show", "a.tag", "--json"}).status, 0);
-    struct stat after {};
-    ASSERT_EQ(::stat(path.c_str(), &after), 0);
-    EXPECT_EQ(after.st_mtim.tv_sec, before.st_mtim.tv_sec);
-    EXPECT_EQ(after.st_mtim.tv_nsec, before.st_mtim.tv_nsec);
-    EXPECT_EQ(after.st_ctim.tv_sec, before.st_ctim.tv_sec);
-    EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.tag"});
 }
 
 // Whatever stands in a file, the command ends, shows it or says in one line why not, and never grows without
@@ -346,41 +284,23 @@ TEST(TreeShow, SurvivesBrokenFiles) {
     }
 }
 
-TEST(TreeShow, ReadsABlockWithoutPaddingAtTheEnd) {
-    const WorkFolder folder;
-    std::string image =
-        imageOf({.id = 1, .type = 0x40000000, .children = {{.id = 2, .type = 0x20000000, .data = "ABCDE"}}});
-    image.resize(image.size() - 3);
-    folder.write("a.tag", image);
-    const Outcome outcome = run(folder, {"tree", "show", "a.tag"});
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_NE(outcome.out.find("41424344 45\n"), std::string::npos) << outcome.out;
-    EXPECT_EQ(run(folder, {"tree", "set", "a.tag", "3", "long", "7"}).status, 0);
-    EXPECT_EQ(folder.read("a.tag"),
-              imageOf({.id = 1,
-                       .type = 0x40000000,
-                       .children = {{.id = 2, .type = 0x20000000, .data = "ABCDE"}, {3, 0x80000014, 7, 0}}}));
-}
-
 // Blocks go through in pieces; here they end inside, at and behind the end of one.
 TEST(TreeJson, LargeBlocksAreWhole) {
     const WorkFolder folder;
     auto generator = kor::test::generator();
     Node root{.id = 1, .type = 0x40000000};
-    for (const std::uint32_t type : {0x20000000u, 0x10000088u, 0x10000011u}) {
-        for (const std::size_t size : {65'536u, 65'544u, 200'000u}) {
-            Node node{.id = 2, .type = type, .data = std::string(size, '\0')};
-            for (char& c : node.data)
-                c = static_cast<char>('0' + generator() % 64);
-            if (type == 0x10000011) node.data.back() = '\0';
-            root.children.push_back(node);
-        }
+    for (const std::size_t size : {65'536u, 65'544u, 200'000u}) {
+        std::string data(size, '\0');
+        for (char& c : data)
+            c = static_cast<char>('0' + generator() % 64);
+        for (const std::uint32_t type : {0x20000000u, 0x10000088u})
+            root.children.push_back({.id = 2, .type = type, .data = data});
+        data.back() = '\0';
+        root.children.push_back({.id = 2, .type = 0x10000011, .data = data});
     }
     folder.write("a.tag", imageOf(root));
-    const Outcome shown = run(folder, {"tree", "show", "a.tag", "--json"});
-    ASSERT_EQ(shown.status, 0) << shown.err;
-    ASSERT_EQ(run(folder, Call{.arguments = {"tree", "from-json", "-", "b.tag"}, .input = shown.out}).status,
-              0);
+    folder.write("a.json", run(folder, {"tree", "show", "a.tag", "--json"}).out);
+    EXPECT_EQ(run(folder, {"tree", "from-json", "a.json", "b.tag"}).err, "");
     EXPECT_TRUE(folder.read("b.tag") == folder.read("a.tag"));
 }
 
