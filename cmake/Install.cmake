@@ -12,6 +12,7 @@ if(NOT WIN32)
 endif()
 install(TARGETS ${installed_targets} EXPORT KorUtil)
 install(DIRECTORY include/korutil DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES docs/format-initialisation-file.md docs/format-registry-text.md docs/format-tag-tree.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT KorUtil NAMESPACE KorUtil:: DESTINATION ${package_dir} FILE KorUtilTargets.cmake)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/KorUtilConfig.cmake
      CONTENT "include(\"\${CMAKE_CURRENT_LIST_DIR}/KorUtilTargets.cmake\")\n" @ONLY)

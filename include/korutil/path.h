@@ -47,9 +47,7 @@ KORUTIL_API int KORUTIL_CALL sysGetFileExt(const char* path, const char** extens
 
 // ---- Changing a path in place
 
-/// Appends a backslash unless the path is empty or ends in one; the buffer has room for one byte more.
-/// @return
-/// 1
+/// Appends a backslash unless the path is empty or ends in one: room for one byte more. @return 1
 KORUTIL_API int KORUTIL_CALL sysAppendBackslash(char* path);
 
 /// Removes one trailing backslash, of a root too. @return 1
