@@ -126,14 +126,12 @@ KORUTIL_API int KORUTIL_CALL sysCvtToRelPath(char* path, const char* base, DWORD
 /// `c:\a\d.txt`; a path that begins with one backslash gets the base's drive; "." is the base's folder with a
 /// backslash. Only "..\" counts as a step up, wherever it stands: all that stands before the last one is
 /// dropped.
-/// @param path  the path, or a list of paths separated by `;`: empty ones, those of 260 characters or more
-/// and
-///              those that cannot be made absolute are left out
+/// @param path  the path, or a list of paths separated by `;`: those that are empty, have 260 characters or
+///              more or cannot be made absolute are left out
 /// @param base  the full name of a file, as above
 /// @param size  of the buffer, used for a list; for a path the buffer holds 260 bytes
-/// @return for a path 1, or 0 (an empty path; an empty, relative or too short base; a result of 260
-/// characters
-///         or more). For a list the number of paths in the new one; 0, and the list as it was, when that does
+/// @return for a path 1, or 0 (an empty path; an empty, relative or too short base; a result of 260 or more
+///         characters). For a list the number of paths in the new one; 0, and the list as it was, when that does
 ///         not fit. A list of which no path is left becomes empty, and the result is 0
 KORUTIL_API int KORUTIL_CALL sysCvtToAbsPath(char* path, const char* base, DWORD size);
 

@@ -50,6 +50,8 @@ bool useAll(const std::string& file, const char* section) {
     sane = sane && GetPrivateProfileSectionA(section, buffer.data(), 1000, path) <= 998;
     sane = sane && WritePrivateProfileStringA("written", "k", "7", path);
     sane = sane && GetPrivateProfileIntA("written", "k", 0, path) == 7;
+    sane = sane && WritePrivateProfileSectionA(section, "k=8\0", path);
+    sane = sane && GetPrivateProfileIntA(section, "k", 0, path) == 8;
     return sane && WritePrivateProfileStringA("written", nullptr, nullptr, path);
 }
 
@@ -119,7 +121,7 @@ TEST(ProfileHostile, CostsTimeAndMemoryLikeTheFile) {
              return "\xFF\xFE" + repeated(std::string("[\0s\0]\0\n\0a\0=\0\xFF\x4E\n\0", 16), size);
          }},
     };
-    constexpr std::size_t kSize = 2 << 20;
+    constexpr std::size_t kSize = KOR_TEST_SANITIZED ? 1 << 17 : 2 << 20;
     constexpr int kTimes = 8;
     for (const Row& row : rows) {
         const std::size_t size = kTimes * kSize;
@@ -135,7 +137,8 @@ TEST(ProfileHostile, CostsTimeAndMemoryLikeTheFile) {
 
 // A gigabyte at KORUTIL_TEST_SCALE=16.
 TEST(ProfileHostile, ALongLineIsRead) {
-    const std::size_t size = std::min<std::size_t>(static_cast<std::size_t>(scaled(64)) << 20, 1 << 30);
+    const auto megabytes = static_cast<std::size_t>(scaled(KOR_TEST_SANITIZED ? 4 : 64));
+    const std::size_t size = std::min<std::size_t>(megabytes << 20, 1 << 30);
     const Cost cost = costOf("s", [size] { return "[s]\r\nk=" + std::string(size, 'x') + "\r\nlast=1\r\n"; });
     EXPECT_TRUE(KOR_TEST_SANITIZED || cost.bytes < 2.0 * static_cast<double>(size) + (16 << 20))
         << cost.bytes;
@@ -152,6 +155,26 @@ TEST(ProfileHostile, TheFirstOfAHundredThousandSectionsCounts) {
     EXPECT_EQ(GetPrivateProfileIntA("s", "k", -1, file.c_str()), 1u);
     std::vector<char> names(1000000);
     EXPECT_EQ(GetPrivateProfileSectionNamesA(names.data(), 1000000, file.c_str()), 2u * 99999);
+}
+
+TEST(ProfileHostile, FilesThatHaveGrownAreNotAllKept) {
+    constexpr int kFiles = 24;
+    const ScratchFolder scratch;
+    inChild([&] {
+        const std::string grown = "[s]\n" + std::string(4 << 20, 'x') + "\n";
+        const rusage before = usage();
+        bool sane = true;
+        for (const bool isGrown : {false, true}) {
+            for (int i = 0; i < kFiles; ++i) {
+                const std::string name = std::to_string(i) + ".ini";
+                const std::string file = scratch.file(name, isGrown ? grown : "[s]\nk=1\n");
+                sane = sane && GetPrivateProfileIntA("s", "k", 0, file.c_str()) == (isGrown ? 0u : 1u);
+            }
+        }
+        const auto kilobytes = usage().ru_maxrss - before.ru_maxrss;
+        EXPECT_TRUE(KOR_TEST_SANITIZED || kilobytes < (16 + 2 * 4 + 8) << 10) << kilobytes;
+        return sane && !testing::Test::HasFailure();
+    });
 }
 
 }  // namespace

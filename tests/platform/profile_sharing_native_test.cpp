@@ -1,13 +1,17 @@
 // Initialisation files between processes: what others change is seen, what two write is kept, and a file
 // stays what it is but for the line that changes.
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -124,7 +128,7 @@ TEST_F(ProfileSharing, SeesChangesOfTheSameSizeAtOnce) {
     // On a system whose clock has gone on between two changes, and on one whose clock has not.
     for (const int tick : {1, 10'000'000}) {
         setFileTimeTick(tick);
-        for (int i = 100; i < 200; ++i) {
+        for (int i = 100; i < 150; ++i) {
             inChild([&] { return overwrite(path, "[s]\r\nk=" + std::to_string(i) + "\r\n"); });
             EXPECT_EQ(value(file_), std::to_string(i));
             overwrite(path, "[s]\r\nk=" + std::to_string(i + 500) + "\r\n");
@@ -222,6 +226,113 @@ TEST_F(ProfileSharing, ThreadsReadAndWriteAtTheSameTime) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(wrong, 0);
+}
+
+// A child that was forked in the midst of a write has the folder's lock too.
+TEST_F(ProfileSharing, ALockGoesWithTheWriteAndIsNotWaitedForWithoutEnd) {
+    pid_t child = -1;
+    setAtFlush([&child] {
+        child = fork();
+        while (child == 0)
+            pause();
+    });
+    EXPECT_TRUE(set(file_, "k", "1"));
+    EXPECT_TRUE(set(file_, "k", "2"));
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    const int folder = open(native("").c_str(), O_RDONLY | O_DIRECTORY);
+    EXPECT_EQ(flock(folder, LOCK_EX), 0);
+    const ScratchFolder other;
+    std::atomic<bool> waits{true};
+    std::thread elsewhere([&] {
+        usleep(50000);
+        EXPECT_TRUE(set(other.path("f.ini"), "k", "3"));
+        EXPECT_TRUE(waits) << "one waits for a writer in another folder";
+    });
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_EQ(errorAfter([&] { EXPECT_FALSE(set(file_, "k", "3")); }), DWORD{ERROR_SHARING_VIOLATION});
+    waits = false;
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
+    elsewhere.join();
+    close(folder);
+    EXPECT_EQ(value(file_), "2");
+}
+
+// On such a disk one can undo what another has done, but what is there is always whole.
+TEST_F(ProfileSharing, WritersWithoutLocksLeaveAWholeFile) {
+    setBareDisk(true);
+    const std::string filler(100000, 'v');
+    const auto writer = [&](const std::string& key) {
+        for (int i = 0; i < 100; ++i) {
+            const std::string text = filler + std::to_string(i);
+            if (!set(file_, key, text) && GetLastError() != ERROR_SHARING_VIOLATION) return false;
+            const std::string bytes = bytesOf(file_);
+            if (bytes.size() < filler.size() || !bytes.ends_with("\r\n")) return false;
+        }
+        return true;
+    };
+    std::vector<pid_t> children;
+    for (const char* key : {"a", "b", "c"}) {
+        children.push_back(fork());
+        if (children.back() == 0) _exit(writer(key) ? 0 : 1);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    setBareDisk(false);
+    EXPECT_EQ(namesOf(scratch_.path("*")).size(), 3u);
+}
+
+TEST_F(ProfileSharing, AnEditorsChangeInTheMidstOfAWriteIsKept) {
+    setFileTimeTick(10'000'000);
+    for (int i = 0; i < 10; ++i) {
+        const std::string digit = std::to_string(i);
+        overwrite(native("f.ini"), "[s]\r\nk=1\r\ne=-\r\n");
+        setAtFlush([&] { overwrite(native("f.ini"), "[s]\r\nk=1\r\ne=" + digit + "\r\n"); });
+        EXPECT_TRUE(set(file_, "k", "2"));
+        EXPECT_EQ(bytesOf(file_), "[s]\r\nk=2\r\ne=" + digit + "\r\n");
+        unlink(native("f.ini").c_str());
+    }
+    setFileTimeTick(1);
+}
+
+TEST_F(ProfileSharing, WhatIsThereAlreadyIsNotWritten) {
+    for (const char* text : {"v", "v  ", " v", "\"v \" \t"}) {
+        EXPECT_TRUE(set(file_, "k", text));
+        struct stat before {
+        }, after{};
+        EXPECT_EQ(stat(native("f.ini").c_str(), &before), 0);
+        EXPECT_TRUE(set(file_, "k", text));
+        EXPECT_EQ(stat(native("f.ini").c_str(), &after), 0);
+        EXPECT_EQ(before.st_ino, after.st_ino) << text;
+    }
+}
+
+TEST_F(ProfileSharing, AGroupThatCannotBeGivenGivesNobodyMore) {
+    if (geteuid() != 0) GTEST_SKIP() << "files of others can be made by root only";
+    constexpr uid_t kUser = 1234;
+    struct Row {
+        mode_t former, wanted;
+    };
+    const std::string path = native("f.ini");
+    EXPECT_EQ(chown(native("").c_str(), kUser, kUser), 0);
+    for (const Row& row : {Row{0640, 0600}, {0664, 0644}, {0604, 0600}, {0660, 0600}, {06755, 0755}}) {
+        overwrite(path, "[s]\nk=v\n");
+        EXPECT_TRUE(chown(path.c_str(), kUser, 34) == 0 && chmod(path.c_str(), row.former) == 0);
+        inChild([&] {
+            return setgroups(0, nullptr) == 0 && setgid(kUser) == 0 && setuid(kUser) == 0 &&
+                   set(file_, "k", "w");
+        });
+        struct stat status {};
+        EXPECT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, row.wanted) << std::oct << row.former;
+        unlink(path.c_str());
+    }
+    EXPECT_EQ(chmod(native("").c_str(), 0300), 0);
+    inChild(
+        [&] { return setuid(kUser) == 0 && !set(file_, "k", "w") && GetLastError() == ERROR_ACCESS_DENIED; });
 }
 
 }  // namespace

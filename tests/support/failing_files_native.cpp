@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
+#include <utility>
 
 #define INTERPOSED extern "C" __attribute__((visibility("default")))
 
@@ -27,6 +28,8 @@ struct State {
     kor::test::FileCalls calls{};
 };
 constinit thread_local State state;
+thread_local std::function<void()> atFlush;
+std::atomic<bool> bareDisk{false};
 
 [[noreturn]] void endProcess() {
     for (;;)
@@ -59,7 +62,18 @@ auto call(Kind kind, int number, Arguments... arguments) {
     return failsNow(kind) ? -1 : syscall(number, arguments...);
 }
 
+int refused() {
+    errno = EOPNOTSUPP;
+    return -1;
+}
+
+int flushed() {
+    if (const auto action = std::exchange(atFlush, nullptr)) action();
+    return failsNow(Kind::flush) ? -1 : 0;
+}
+
 int opened(int folder, const char* name, int flags, mode_t mode) {
+    if (bareDisk && (flags & O_TMPFILE) == O_TMPFILE) return refused();
     const bool makes = (flags & (O_CREAT | O_TRUNC)) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
     if (makes && failsNow(Kind::make)) return -1;
     return static_cast<int>(syscall(SYS_openat, folder, name, flags, mode));
@@ -125,8 +139,15 @@ INTERPOSED ssize_t pwrite(int file, const void* data, std::size_t size, off_t pl
 INTERPOSED ssize_t writev(int file, const iovec* parts, int count) {
     return call(Kind::write, SYS_writev, file, parts, count);
 }
-INTERPOSED int fsync(int) { return failsNow(Kind::flush) ? -1 : 0; }
-INTERPOSED int fdatasync(int) { return failsNow(Kind::flush) ? -1 : 0; }
+INTERPOSED int fsync(int) { return flushed(); }
+INTERPOSED int fdatasync(int) { return flushed(); }
+// The name is a type's too, which a function may not hide.
+extern "C" __attribute__((visibility("default"))) int lockFile(int file, int operation) __asm__("flock");
+int lockFile(int file, int operation) {
+    struct stat status {};
+    const bool isFolder = fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    return bareDisk && isFolder ? refused() : static_cast<int>(syscall(SYS_flock, file, operation));
+}
 INTERPOSED int rename(const char* from, const char* to) {
     return replaced(call(Kind::rename, SYS_rename, from, to));
 }
@@ -158,6 +179,10 @@ namespace kor::test {
 void setFileFault(int nth, FileFault fault) { state = {true, nth, fault, {}}; }
 
 void setFileTimeTick(long nanoseconds) { timeTick = nanoseconds; }
+
+void setBareDisk(bool bare) { bareDisk = bare; }
+
+void setAtFlush(std::function<void()> action) { atFlush = std::move(action); }
 
 FileCalls takeFileCalls() {
     state.counts = false;

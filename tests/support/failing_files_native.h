@@ -3,6 +3,8 @@
 // failing_files_native.cpp in has its own open, write, fsync, rename and so on, which every library of the
 // process then uses. Nothing is flushed to the disk in such a program: the page cache outlives a process.
 
+#include <functional>
+
 namespace kor::test {
 
 enum class FileFault {
@@ -28,5 +30,12 @@ FileCalls takeFileCalls();
 /// From now on the times of files are told in whole ticks of so many nanoseconds, as on a system whose clock
 /// is that coarse; 1: as they are.
 void setFileTimeTick(long nanoseconds);
+
+/// From now on the disk has no locks of folders and no files without a name, as with some network file
+/// systems; or has them again.
+void setBareDisk(bool bare);
+
+/// Has something done at the next flush of this thread, in the midst of a writer's work.
+void setAtFlush(std::function<void()> action);
 
 }  // namespace kor::test

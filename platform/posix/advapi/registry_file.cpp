@@ -24,8 +24,8 @@ namespace kor {
 namespace {
 
 constexpr std::uint64_t kMostFile = std::uint64_t{1} << 31;
-constexpr std::uint64_t kLeastBudget = 4 << 20;
-constexpr std::int64_t kYoung = 20'000'000;  // ns: within the grain of file times
+constexpr std::uint64_t kLeastBudget = 10 << 20;  // reading takes another 6 MB at most
+constexpr std::int64_t kYoung = 20'000'000;       // ns: within the grain of file times
 constexpr int kMostReported = 100;
 
 std::optional<std::string> chosenFolder() {
@@ -95,6 +95,7 @@ RegistryFile::State RegistryFile::current() {
     if (stat(path.c_str(), &status) != 0) status = {};
     if (isCurrent_ && sameState(status, status_)) return state_;
     isCurrent_ = false;
+    state_ = {};  // not two of them at a time
     state_ = read(path);
     return state_;
 }

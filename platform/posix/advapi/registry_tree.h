@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -18,15 +17,16 @@ struct RegistryValue {
 };
 
 /// Names are given as foldedName has them: letter case does not count. What is done takes time that does not
-/// depend on what is there; what is removed or replaced keeps its memory.
+/// depend on what is there. All is packed, so that a file's line takes no more than twice its length and a
+/// few bytes; what is removed, or replaced by something of another length, keeps its memory, which is less.
 class RegistryTree {
   public:
     using Entry = std::uint32_t;
     static constexpr Entry kRoot = 0;
     static constexpr Entry kNone = 0xFFFFFFFF;
 
-    /// @param budget  bytes of memory that the tree may take, about
-    explicit RegistryTree(std::uint64_t budget);
+    /// @param budget  bytes of memory that the tree may take
+    explicit RegistryTree(std::uint64_t budget) : budget_(budget) {}
 
     /// @return the key below another one, kNone when it is not there
     Entry key(Entry parent, std::string_view name) const;
@@ -47,35 +47,39 @@ class RegistryTree {
   private:
     enum class Kind : std::uint8_t { key, value };
 
-    // A key or a value. A key's number is its identity: one that is removed and made again is another one.
-    struct Node {
-        const char* text;  // the name, behind it a value's bytes
-        Entry owner;
-        std::uint32_t length;
-        DWORD type;
-        std::uint16_t nameLength;
+    // Records lie one behind the other in blocks. An entry is its record's place, which is a key's identity:
+    // one that is removed and made again is another one.
+    struct Block {
+        std::unique_ptr<char[]> bytes;
+        std::uint32_t used;
+    };
+    // A record taken apart.
+    struct Record {
         Kind kind;
         bool removed;
-
-        std::string_view name() const { return {text, nameLength}; }
-        std::string_view bytes() const { return {text + nameLength, length}; }
+        Entry owner;
+        DWORD type;
+        std::string_view name;
+        std::string_view bytes;
     };
 
-    std::size_t slotOf(Kind kind, Entry owner, std::string_view name) const;
+    static std::uint64_t hashOf(Kind kind, Entry owner, std::string_view name);
+    static Record readRecord(const char* at);
+    char* at(Entry entry) const;
+    std::size_t slotOf(std::uint64_t hash, Kind kind, Entry owner, std::string_view name) const;
     Entry find(Kind kind, Entry owner, std::string_view name) const;
-    bool hasRoom(std::size_t bytes) const;
-    char* takeText(std::size_t bytes);
-    Entry add(Kind kind, Entry owner, std::string_view name, DWORD type, std::string_view bytes);
+    Entry add(const Record& record);
+    Entry takePlace(std::size_t size);
+    bool growSlots();
+    void fillSlots();
+    bool hasRoom(std::uint64_t blocks, std::uint64_t slots) const;
     void remove(Kind kind, Entry owner, std::string_view name);
-    void grow();
 
     std::uint64_t budget_;
-    std::deque<Node> nodes_;
-    std::vector<Entry> slots_;  // hashed, open addressing; kNone is a free one
-    std::vector<std::unique_ptr<char[]>> blocks_;
-    std::uint64_t blockBytes_ = 0;
-    char* nextText_ = nullptr;
-    std::size_t textLeft_ = 0;
+    std::vector<Block> blocks_;
+    std::vector<Entry> slots_;         // hashed, open addressing
+    std::vector<std::uint8_t> marks_;  // of each slot: 0 when it is free, else a few bits of the hash
+    std::size_t filled_ = 0;
 };
 
 }  // namespace kor

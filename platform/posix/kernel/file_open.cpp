@@ -62,6 +62,8 @@ struct Request {
         int result = O_CLOEXEC | O_NOCTTY | (writes ? O_RDWR : O_RDONLY);
         if ((access & kor::kAppends) && !(access & kor::kWrites)) result |= O_APPEND;
         if (flags & FILE_FLAG_WRITE_THROUGH) result |= O_DSYNC;
+        // Who only asks about a pipe does not wait for its other end.
+        if (!writes && !(access & kor::kReads)) result |= O_NONBLOCK;
         return result;
     }
 };
@@ -75,7 +77,8 @@ struct OpenResult {
 int openExisting(const Request& request) {
     const int flags = request.nativeFlags();
     int descriptor = open(request.native.c_str(), flags);
-    if (descriptor >= 0 || errno != EACCES) return descriptor;
+    // A socket cannot be opened at all.
+    if (descriptor >= 0 || (errno != EACCES && errno != ENXIO)) return descriptor;
     if ((flags & O_ACCMODE) == O_RDWR && !(request.access & kor::kReads)) {
         return open(request.native.c_str(), (flags & ~O_ACCMODE) | O_WRONLY);
     }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include "korutil/platform/last_error.h"
 #include "platform/posix/kernel/descriptor.h"
@@ -37,12 +38,17 @@ class Search final : public kor::HandleObject {
     bool next(WIN32_FIND_DATAA& data) {
         const std::lock_guard lock(mutex_);
         while (next_ < names_.size()) {
+            errno = 0;
             const bool filled = fill(names_[next_], data);
             ++next_;  // not before: without memory the entry is still to be told
             if (filled) return true;
+            denied_ = denied_ || errno == EACCES;
         }
         return false;
     }
+
+    // Whether there was an entry that may be seen but not asked about.
+    bool isDenied() const { return denied_; }
 
   private:
     bool fill(const std::string& name, WIN32_FIND_DATAA& data) const;
@@ -50,6 +56,7 @@ class Search final : public kor::HandleObject {
     kor::Descriptor folder_;
     std::vector<std::string> names_;
     std::size_t next_ = 0;
+    bool denied_ = false;
     std::mutex mutex_;
 };
 
@@ -75,12 +82,19 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 
-// The names of a folder that match, its own two first and then in the order of their capitals.
+// At the end errno tells a failure, or is 0.
+const dirent* nextEntry(DIR* directory) {
+    errno = 0;
+    return readdir(directory);
+}
+
+// The names of a folder that match, its own two first and then in the order of their capitals; nothing, with
+// errno set, when the folder cannot be read to its end.
 // @param literal  the names are used in a path that takes no name for a device
-std::vector<std::string> matchingNames(DIR* directory, const kor::WildCard& pattern, bool isRoot,
-                                       bool literal) {
+std::optional<std::vector<std::string>> matchingNames(DIR* directory, const kor::WildCard& pattern,
+                                                      bool isRoot, bool literal) {
     std::vector<std::pair<std::string, std::string>> found;
-    while (const dirent* entry = readdir(directory)) {
+    while (const dirent* entry = nextEntry(directory)) {
         const std::string_view name = entry->d_name;
         if (isOwnName(name) ? isRoot : !kor::platformName(name)) continue;
         if (!pattern.matches(name) || (!literal && kor::isDeviceName(name))) continue;
@@ -88,6 +102,7 @@ std::vector<std::string> matchingNames(DIR* directory, const kor::WildCard& patt
         std::string key = isOwnName(name) ? std::string(1, '\x01').append(name) : kor::foldedName(name);
         found.emplace_back(std::move(key), name);
     }
+    if (errno != 0) return std::nullopt;
     std::sort(found.begin(), found.end());
     std::vector<std::string> names;
     names.reserve(found.size());
@@ -103,7 +118,7 @@ HANDLE failed(DWORD code) {
 
 HANDLE started(kor::Descriptor folder, std::vector<std::string> names, WIN32_FIND_DATAA* data) {
     auto search = std::make_shared<Search>(std::move(folder), std::move(names));
-    if (!search->next(*data)) return failed(ERROR_FILE_NOT_FOUND);
+    if (!search->next(*data)) return failed(search->isDenied() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND);
     return kor::HandleTable::instance().add({std::move(search), 0});
 }
 
@@ -138,8 +153,8 @@ HANDLE findMatching(std::string_view folderText, std::string_view pattern, WIN32
     if (!directory) return failed(kor::errorFromErrno(errno));
     const bool isRoot = path->full.size() <= 3;
     const bool literal = folderText.starts_with("\\\\?\\");
-    return started(std::move(folder), matchingNames(directory.get(), kor::WildCard(pattern), isRoot, literal),
-                   data);
+    auto names = matchingNames(directory.get(), kor::WildCard(pattern), isRoot, literal);
+    return names ? started(std::move(folder), std::move(*names), data) : failed(kor::errorFromErrno(errno));
 }
 
 }  // namespace

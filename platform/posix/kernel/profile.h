@@ -48,10 +48,9 @@ KORPLATFORM_API DWORD WINAPI GetPrivateProfileSectionNamesA(LPSTR buffer, DWORD 
 /// @param value  null removes the key
 /// With all three null what is kept of the files is forgotten, and the result is FALSE.
 /// @return FALSE on failure, with the file as it was: ERROR_ACCESS_DENIED for a file or folder that may not
-/// be
-///         written, ERROR_SHARING_VIOLATION for one that an open handle lets nobody write,
-///         ERROR_PATH_NOT_FOUND, ERROR_DISK_FULL and whatever else the disk says. To remove what is not there
-///         is no failure
+///         be written, ERROR_SHARING_VIOLATION for a file that an open handle lets nobody write and for a
+///         folder that others keep locked for 5 seconds, ERROR_PATH_NOT_FOUND, ERROR_DISK_FULL and whatever
+///         else the disk says. To remove what is not there is no failure
 KORPLATFORM_API BOOL WINAPI WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR file);
 
 /// Replaces the lines of a section, except comments, by others, each with a zero, another zero at the end.

@@ -30,6 +30,13 @@ void ProfileCache::clear() {
     entries_.clear();
 }
 
+void ProfileCache::forgetLarge(const ProfileName& name) {
+    constexpr std::size_t kLarge = std::size_t{4} << 20;
+    const std::lock_guard lock(mutex_);
+    std::erase_if(entries_,
+                  [&](const auto& entry) { return entry->key == name.key() && entry->bytes() > kLarge; });
+}
+
 ProfileContents* ProfileCache::open(const char* file) {
     const auto name = ProfileName::of(file);
     if (!name) return nullptr;
@@ -46,7 +53,6 @@ ProfileContents* ProfileCache::open(const char* file) {
     entry->key = name->key();
     entry->path = std::move(*path);
     entries_.insert(entries_.begin(), std::move(entry));
-    makeRoom();
     return load();
 }
 
@@ -68,6 +74,8 @@ ProfileCache::Entry* ProfileCache::entryOf(const ProfileName& name) {
 ProfileContents* ProfileCache::load() {
     Entry& entry = *entries_.front();
     entry.contents.reset();
+    counted_ = nullptr;
+    makeRoom();
     try {
         if (auto loaded = loadProfile(entry.path)) {
             entry.identity = loaded->identity;
@@ -95,8 +103,19 @@ void ProfileCache::makeRoom() {
     entries_.resize(std::min(kept, entries_.size()));
 }
 
+// A call that has changed neither the order nor what the first file takes has left enough room.
 void ProfileCache::release() {
-    if (!entries_.empty() && entries_.front()->bytes() > kLargestKept) entries_.erase(entries_.begin());
+    if (entries_.empty()) return;
+    const Entry* const first = entries_.front().get();
+    if (first == counted_ && first->bytes() == countedBytes_) return;
+    if (first->bytes() > kLargestKept) {
+        entries_.erase(entries_.begin());
+        counted_ = nullptr;
+        return;
+    }
+    makeRoom();
+    counted_ = first;
+    countedBytes_ = first->bytes();
 }
 
 }  // namespace kor

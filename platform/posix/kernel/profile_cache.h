@@ -35,6 +35,9 @@ class ProfileCache {
 
     void clear();
 
+    /// Forgets a file that is about to be written, unless it is small: the writer reads it itself.
+    void forgetLarge(const ProfileName& name);
+
   private:
     struct Entry {
         std::string key;
@@ -54,6 +57,8 @@ class ProfileCache {
 
     std::mutex mutex_;
     std::vector<std::unique_ptr<Entry>> entries_;  // the one used last comes first
+    const Entry* counted_ = nullptr;               // the first one when room was made last,
+    std::size_t countedBytes_ = 0;                 // and its size
 };
 
 }  // namespace kor

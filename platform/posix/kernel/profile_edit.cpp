@@ -1,6 +1,7 @@
 #include "platform/posix/kernel/profile_edit.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 #include "platform/posix/kernel/profile_contents.h"
 
@@ -32,23 +33,32 @@ std::size_t endOfLines(std::string_view text, const ProfileSection& section) {
     return profileLineAt(text, section.body + last - 1).next;
 }
 
-std::string lineOf(std::string_view key, std::string_view value, std::string_view lineEnd) {
-    std::string line(key);
-    line.append("=").append(value).append(lineEnd);
-    return line;
+// A text of these parts, without room for more.
+std::string joined(std::initializer_list<std::string_view> parts) {
+    std::size_t size = 0;
+    for (const std::string_view part : parts)
+        size += part.size();
+    std::string all;
+    all.reserve(size);
+    for (const std::string_view part : parts)
+        all.append(part);
+    return all;
 }
 
-// Lines put in at a place between lines.
-ProfileEdit insertion(std::string_view text, std::size_t place, std::string lines) {
+// What lines that are put in at a place between lines begin with: the line end that is missing there.
+std::string_view openEnd(std::string_view text, std::size_t place) {
     const bool open = place > 0 && !endsLine(text.substr(0, place));
-    if (open) lines.insert(0, lineEndAt(text, place));
-    return {place, place, std::move(lines)};
+    return open ? lineEndAt(text, place) : std::string_view();
 }
 
-ProfileEdit newSection(std::string_view text, std::string_view section, std::string_view lines) {
-    std::string added(1, '[');
-    added.append(section).append("]").append(lineEndAt(text, text.size())).append(lines);
-    return insertion(text, text.size(), std::move(added));
+// What a new section's lines begin with.
+std::string sectionHead(std::string_view text, std::string_view section) {
+    return joined({openEnd(text, text.size()), "[", section, "]", lineEndAt(text, text.size())});
+}
+
+bool isRemark(std::string_view text, const ProfileLineSpan& span) {
+    const auto line = withoutLeadingProfileBlanks(text.substr(span.begin, span.end - span.begin));
+    return line.empty() || line.front() == ';';
 }
 
 bool isKeyLine(std::string_view text, const ProfileLineSpan& span) {
@@ -65,48 +75,89 @@ std::size_t firstKeyOf(std::string_view text, const ProfileSection& section) {
     return endOfLines(text, section);
 }
 
-// The blank lines and comments of a part of a section.
-std::string keptLines(std::string_view text, std::size_t begin, std::size_t end) {
-    std::string kept;
+// Gives out the blank lines and comments of a part of a section, those that follow each other at once.
+bool visitRemarks(std::string_view text, std::size_t begin, std::size_t end, const ProfileSink& sink) {
+    std::size_t kept = begin;
     while (begin < end) {
         const ProfileLineSpan span = profileLineAt(text, begin);
-        if (!isKeyLine(text, span)) kept.append(text.substr(begin, span.next - begin));
+        if (!isRemark(text, span)) {
+            if (kept < begin && !sink(text.substr(kept, begin - kept))) return false;
+            kept = span.next;
+        }
         begin = span.next;
     }
-    return kept;
+    return kept >= end || sink(text.substr(kept, end - kept));
 }
 
-// A section's body with other lines for its keys, where the first of them was. Comments and blank lines stay.
-std::string bodyWith(std::string_view text, const ProfileSection& section, std::string lines) {
-    const std::size_t place = firstKeyOf(text, section);
-    if (!lines.empty()) lines = insertion(text, place, std::move(lines)).replacement;
-    return keptLines(text, section.body, place) + lines + keptLines(text, place, section.end);
+// Whether the text has already what an edit would give it.
+bool changesNothing(const ProfileText& text, const ProfileEdit& edit) {
+    std::string_view rest = text.view().substr(edit.begin, edit.end - edit.begin);
+    const bool same = visitEdited(text, edit, [&rest](std::string_view piece) {
+        const bool goesOn = rest.starts_with(piece);
+        if (goesOn) rest.remove_prefix(piece.size());
+        return goesOn;
+    });
+    return same && rest.empty();
+}
+
+// The lines, each with its line end, behind a beginning.
+std::string linesBehind(std::string start, std::string_view lines, std::string_view lineEnd) {
+    const auto visit = [lines](auto&& line) {
+        for (std::size_t begin = 0; begin < lines.size();) {
+            const std::size_t end = std::min(lines.find('\0', begin), lines.size());
+            const auto text = withoutLeadingProfileBlanks(lines.substr(begin, end - begin));
+            if (!text.empty()) line(text);
+            begin = end + 1;
+        }
+    };
+    std::size_t size = start.size();
+    visit([&](std::string_view line) { size += line.size() + lineEnd.size(); });
+    start.reserve(size);
+    visit([&](std::string_view line) { start.append(line).append(lineEnd); });
+    return start;
+}
+
+bool hasLines(std::string_view lines) {
+    return lines.find_first_not_of(std::string_view(" \t\v\f\x1A\r\n\0", 8)) != lines.npos;
 }
 
 ProfileEdit setValue(const ProfileKeyLine& found, std::string_view text, std::string_view value) {
     if (!found.line.hasValue) {
         const auto end = static_cast<std::size_t>(found.line.name.end() - text.begin());
-        return {end, found.span.end, lineOf({}, value, {})};
+        return {end, found.span.end, joined({"=", value})};
     }
-    if (found.line.value == value) return {};
     const auto sign = text.find('=', found.span.begin);
-    const auto rest = withoutLeadingProfileBlanks(text.substr(sign + 1, found.span.end - sign - 1));
-    return {found.span.end - rest.size(), found.span.end, std::string(value)};
+    const auto all = text.substr(sign + 1, found.span.end - sign - 1);
+    const auto rest = withoutLeadingProfileBlanks(all);
+    if (found.line.value == value || rest == value || all == value) return {};
+    // Blanks that are given take the place of those that are there, or they would grow in number.
+    const bool bringsBlanks = withoutLeadingProfileBlanks(value).size() != value.size();
+    const std::size_t replaced = bringsBlanks ? all.size() : rest.size();
+    return {found.span.end - replaced, found.span.end, std::string(value)};
 }
 
 }  // namespace
+
+bool visitEdited(const ProfileText& text, const ProfileEdit& edit, const ProfileSink& sink) {
+    if (!edit.keepsRemarks) return sink(edit.replacement);
+    return visitRemarks(text.view(), edit.begin, edit.place, sink) && sink(edit.replacement) &&
+           visitRemarks(text.view(), edit.place, edit.end, sink);
+}
 
 ProfileEdit setProfileKey(const ProfileText& text, std::string_view section, std::string_view key,
                           std::string_view value) {
     const std::string_view view = text.view();
     section = askedProfileName(section);
     key = askedProfileName(key);
-    value = withoutLeadingProfileBlanks(value);
     const auto where = findProfileSection(text, section);
-    if (!where) return newSection(view, section, lineOf(key, value, lineEndAt(view, view.size())));
+    if (!where) {
+        const std::size_t end = view.size();
+        const std::string_view lineEnd = lineEndAt(view, end);
+        return {end, end, joined({sectionHead(view, section), key, "=", value, lineEnd})};
+    }
     if (const auto found = findProfileKey(text, *where, key)) return setValue(*found, view, value);
     const std::size_t place = endOfLines(view, *where);
-    return insertion(view, place, lineOf(key, value, lineEndAt(view, place)));
+    return {place, place, joined({openEnd(view, place), key, "=", value, lineEndAt(view, place)})};
 }
 
 ProfileEdit removeProfileKey(const ProfileText& text, std::string_view section, std::string_view key) {
@@ -120,7 +171,7 @@ ProfileEdit removeProfileKey(const ProfileText& text, std::string_view section, 
 ProfileEdit removeProfileSection(const ProfileText& text, std::string_view section) {
     const auto where = findProfileSection(text, section);
     if (!where) return {};
-    return {where->line, where->end, bodyWith(text.view(), *where, {})};
+    return {where->line, where->end, {}, true, where->line};
 }
 
 ProfileEdit setProfileSection(const ProfileText& text, std::string_view section, std::string_view lines) {
@@ -128,17 +179,15 @@ ProfileEdit setProfileSection(const ProfileText& text, std::string_view section,
     section = askedProfileName(section);
     const auto where = findProfileSection(text, section);
     const std::string_view lineEnd = lineEndAt(view, where ? where->body : view.size());
-    std::string added;
-    for (std::size_t begin = 0; begin < lines.size();) {
-        const std::size_t end = std::min(lines.find('\0', begin), lines.size());
-        const std::string_view line = withoutLeadingProfileBlanks(lines.substr(begin, end - begin));
-        if (!line.empty()) added.append(line).append(lineEnd);
-        begin = end + 1;
+    if (!where) {
+        if (!hasLines(lines)) return {};
+        return {view.size(), view.size(), linesBehind(sectionHead(view, section), lines, lineEnd)};
     }
-    if (!where) return added.empty() ? ProfileEdit{} : newSection(view, section, added);
-    std::string body = bodyWith(view, *where, std::move(added));
-    if (view.substr(where->body, where->end - where->body) == body) return {};
-    return {where->body, where->end, std::move(body)};
+    const std::size_t place = firstKeyOf(view, *where);
+    const std::string start(hasLines(lines) ? openEnd(view, place) : std::string_view());
+    ProfileEdit edit{where->body, where->end, linesBehind(start, lines, lineEnd), true, place};
+    if (changesNothing(text, edit)) return {};
+    return edit;
 }
 
 }  // namespace kor

@@ -2,6 +2,7 @@
 
 #include <sys/random.h>
 
+#include <bit>
 #include <chrono>
 #include <cstring>
 
@@ -10,11 +11,57 @@
 namespace kor {
 namespace {
 
-std::uint64_t makeSeed() {
-    std::uint64_t seed = 0;
-    if (getrandom(&seed, sizeof seed, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof seed)) return seed;
-    return static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+struct Key {
+    std::uint64_t words[2];
+};
+
+Key makeKey() {
+    Key key{};
+    if (getrandom(&key, sizeof key, GRND_NONBLOCK) == static_cast<ssize_t>(sizeof key)) return key;
+    const auto now = std::chrono::high_resolution_clock::now().time_since_epoch().count();
+    // What is left where the system has no random numbers yet.
+    return {{static_cast<std::uint64_t>(now), reinterpret_cast<std::uintptr_t>(&key)}};
 }
+
+// SipHash-1-3: without the key nobody can tell which names collide.
+class KeyedHash {
+  public:
+    explicit KeyedHash(const Key& key)
+        : a_(key.words[0] ^ 0x736F6D6570736575),
+          b_(key.words[1] ^ 0x646F72616E646F6D),
+          c_(key.words[0] ^ 0x6C7967656E657261),
+          d_(key.words[1] ^ 0x7465646279746573) {}
+
+    void add(std::uint64_t word) {
+        d_ ^= word;
+        mix();
+        a_ ^= word;
+    }
+
+    std::uint32_t finish() {
+        c_ ^= 0xFF;
+        mix();
+        mix();
+        mix();
+        return static_cast<std::uint32_t>(a_ ^ b_ ^ c_ ^ d_);
+    }
+
+  private:
+    void mix() {
+        a_ += b_;
+        b_ = std::rotl(b_, 13) ^ a_;
+        a_ = std::rotl(a_, 32);
+        c_ += d_;
+        d_ = std::rotl(d_, 16) ^ c_;
+        a_ += d_;
+        d_ = std::rotl(d_, 21) ^ a_;
+        c_ += b_;
+        b_ = std::rotl(b_, 17) ^ c_;
+        c_ = std::rotl(c_, 32);
+    }
+
+    std::uint64_t a_, b_, c_, d_;
+};
 
 constexpr bool isAscii(char character) { return static_cast<unsigned char>(character) < 0x80; }
 
@@ -65,31 +112,30 @@ std::uint64_t asciiCapitals(std::uint64_t block) {
     return block - ((fromA & ~behindZ & (0x80 * kEachByte)) >> 2);
 }
 
-std::uint64_t mixed(std::uint64_t hash, std::uint64_t added) {
-    hash = (hash ^ added) * 0x9E3779B97F4A7C15;
-    return hash ^ hash >> 32;
-}
-
 }  // namespace
 
 std::uint32_t profileNameHash(std::string_view name, const CodePage& page) {
-    static const std::uint64_t seed = makeSeed();
-    std::uint64_t hash = seed;
+    static const Key key = makeKey();
+    const std::size_t size = name.size();
+    KeyedHash hash(key);
     std::uint64_t bytes = 0;
-    for (std::size_t at = 0; at + kBlock < name.size(); at += kBlock) {
+    for (std::size_t at = 0; at + kBlock < size; at += kBlock) {
         const std::uint64_t block = wordAt<std::uint64_t>(name, at);
         bytes |= block;
-        hash = mixed(hash, asciiCapitals(block));
+        hash.add(asciiCapitals(block));
     }
     const std::uint64_t last = lastBlock(name);
-    const bool isAsciiName = ((bytes | last) & (0x80 * kEachByte)) == 0;
-    if (isAsciiName) return static_cast<std::uint32_t>(mixed(hash, asciiCapitals(last) + name.size()));
+    if (((bytes | last) & (0x80 * kEachByte)) == 0) {
+        hash.add(asciiCapitals(last));
+        hash.add(size);
+        return hash.finish();
+    }
     // No ASCII is the capital of anything else, so that two names that are the same are both hashed in this
     // way or both in the other one.
-    hash = seed;
+    hash = KeyedHash(key);
     while (!name.empty())
-        hash = mixed(hash, takeCapital(name, page));
-    return static_cast<std::uint32_t>(hash);
+        hash.add(takeCapital(name, page));
+    return hash.finish();
 }
 
 bool isSameProfileName(std::string_view first, std::string_view second, const CodePage& page) {

@@ -6,16 +6,19 @@ namespace kor {
 
 bool ProfileTable::add(std::uint32_t hash, std::uint32_t position, std::size_t budget) {
     if ((used_ + 1) * 4 > places_.size() * 3 && !grow(budget)) return false;
-    put({hash, position});
     ++used_;
-    return true;
+    constexpr std::size_t kMostProbes = 4096;
+    return put({hash, position}) <= kMostProbes;
 }
 
-void ProfileTable::put(Place added) {
+// @return how many places were in its way
+std::size_t ProfileTable::put(Place added) {
     std::size_t at = added.hash & mask();
-    while (places_[at].position != kNone)
+    std::size_t probes = 0;
+    for (; places_[at].position != kNone; ++probes)
         at = (at + 1) & mask();
     places_[at] = added;
+    return probes;
 }
 
 bool ProfileTable::grow(std::size_t budget) {

@@ -24,7 +24,7 @@ class ProfileTable {
     }
 
     /// Adds a position that find does not find, unless the table then needs more than `budget` bytes at any
-    /// moment.
+    /// moment, or hashes collide as they never do by chance.
     bool add(std::uint32_t hash, std::uint32_t position, std::size_t budget);
 
     std::size_t bytes() const { return places_.capacity() * sizeof(Place); }
@@ -37,7 +37,7 @@ class ProfileTable {
     };
 
     std::size_t mask() const { return places_.size() - 1; }
-    void put(Place added);
+    std::size_t put(Place added);
     bool grow(std::size_t budget);
 
     std::vector<Place> places_;  // a power of two of them, or none

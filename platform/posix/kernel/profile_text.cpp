@@ -195,14 +195,15 @@ std::string_view ProfileText::toCaller(std::string_view text, std::string& holde
     return holder;
 }
 
-bool ProfileText::write(std::size_t begin, std::size_t end, std::string_view replacement,
+bool ProfileText::write(std::size_t begin, std::size_t end,
+                        const std::function<bool(const ProfileSink& sink)>& visit,
                         const ProfileSink& sink) const {
-    const auto put = [&](std::string_view part) {
+    const ProfileSink put = [&](std::string_view part) {
         if (part.empty()) return true;
         return isUtf16() ? writeUtf16(part, encoding_ == ProfileEncoding::utf16BigEndian, sink) : sink(part);
     };
     if (!mark().empty() && !sink(mark())) return false;
-    return put(view().substr(0, begin)) && put(replacement) && put(view().substr(end)) &&
+    return put(view().substr(0, begin)) && visit(put) && put(view().substr(end)) &&
            (odd_.empty() || sink(odd_));
 }
 

@@ -49,8 +49,9 @@ class ProfileText {
     std::string_view fromCaller(std::string_view text, std::string& holder) const;
     std::string_view toCaller(std::string_view text, std::string& holder) const;
 
-    /// Writes the text, with the part from `begin` to `end` replaced, as the file's bytes.
-    bool write(std::size_t begin, std::size_t end, std::string_view replacement,
+    /// Gives out the text, with the part from `begin` to `end` replaced by what `visit` gives to the sink
+    /// that it gets, as the file's bytes. All return false as soon as a sink does.
+    bool write(std::size_t begin, std::size_t end, const std::function<bool(const ProfileSink& sink)>& visit,
                const ProfileSink& sink) const;
 
   private:

@@ -3,9 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <chrono>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -18,6 +19,7 @@
 #include "platform/posix/kernel/profile_edit.h"
 #include "platform/posix/kernel/profile_replace.h"
 #include "platform/posix/kernel/share_lock.h"
+#include "platform/posix/kernel/transfer.h"
 #include "platform/posix/kernel/with_memory.h"
 
 namespace {
@@ -30,14 +32,44 @@ using kor::ProfileText;
 
 using MakeEdit = std::function<ProfileEdit(const ProfileText&)>;
 
+constexpr std::chrono::seconds kLongestWait{5};  // for other writers
+
 enum class Outcome { done, failed, again };
 
+// Whether a file holds what was read from it.
+bool holds(int descriptor, const ProfileText& text) {
+    std::array<char, 16384> buffer;
+    off_t place = 0;
+    const auto readNext = [&](std::size_t size) {
+        return kor::transferAll(
+            [&](char* to, std::size_t count) {
+                const ssize_t got = pread(descriptor, to, count, place);
+                if (got > 0) place += got;
+                return got;
+            },
+            buffer.data(), size);
+    };
+    const auto isNext = [&](std::string_view bytes) {
+        while (!bytes.empty()) {
+            const std::string_view part = bytes.substr(0, buffer.size());
+            if (readNext(part.size()).done != part.size()) return false;
+            if (std::string_view(buffer.data(), part.size()) != part) return false;
+            bytes.remove_prefix(part.size());
+        }
+        return true;
+    };
+    const auto unchanged = [](const kor::ProfileSink&) { return true; };
+    return text.write(0, 0, unchanged, isNext) && readNext(1).done == 0;
+}
+
 // Whether the file of this name is still the one that was read.
-bool isStill(const kor::ProfileFolder& folder, const std::string& name, const LoadedProfile* former) {
+bool isStill(const kor::ProfileFolder& folder, const std::string& name, int descriptor,
+             const LoadedProfile* former) {
     struct stat now {};
     const bool isThere = fstatat(folder.descriptor(), name.c_str(), &now, AT_SYMLINK_NOFOLLOW) == 0;
     if (!former) return !isThere && errno == ENOENT;
-    return isThere && kor::ProfileIdentity(former->status, {}).isSameState(now);
+    if (!isThere || !kor::ProfileIdentity(former->status, {}).isSameState(now)) return false;
+    return former->identity.isStill(now) || holds(descriptor, former->text);
 }
 
 // @return false with the last error set
@@ -54,22 +86,23 @@ Outcome replace(const kor::ProfileFolder& folder, const std::string& name, int d
                 const LoadedProfile* former, const ProfileEdit& edit) {
     const ProfileText empty;
     kor::ProfileReplacement file(folder, name, descriptor);
+    const ProfileText& text = former ? former->text : empty;
     const auto put = [&file](std::string_view bytes) { return file.write(bytes); };
-    const bool written = file.open() &&
-                         (former ? former->text : empty).write(edit.begin, edit.end, edit.replacement, put) &&
-                         file.finish();
+    const auto visit = [&](const kor::ProfileSink& sink) { return visitEdited(text, edit, sink); };
+    const bool written = file.open() && text.write(edit.begin, edit.end, visit, put) && file.finish();
     if (!written) return failWithErrno(), Outcome::failed;
     // Editors and other programs take no lock.
-    if (!isStill(folder, name, former)) return Outcome::again;
+    if (!isStill(folder, name, descriptor, former)) return Outcome::again;
     if (file.takePlace()) return Outcome::done;
     if (errno == EEXIST) return Outcome::again;
     return failWithErrno(), Outcome::failed;
 }
 
-Outcome changeOnce(const kor::ProfilePath& path, const MakeEdit& makeEdit) {
+Outcome changeOnce(const kor::ProfilePath& path, const MakeEdit& makeEdit,
+                   kor::ProfileFolder::Deadline deadline) {
     const auto place = kor::profilePlaceOf(path.native());
     if (!place) return kor::failWithErrnoOf(path.native()), Outcome::failed;
-    const auto folder = kor::ProfileFolder::lock(place->folder);
+    const auto folder = kor::ProfileFolder::lock(place->folder, deadline);
     if (!folder) return kor::failWithErrnoOf(place->path()), Outcome::failed;
     const kor::Descriptor file = kor::openProfile(folder->descriptor(), place->name, O_NOFOLLOW);
     std::optional<LoadedProfile> former;
@@ -87,16 +120,15 @@ Outcome changeOnce(const kor::ProfilePath& path, const MakeEdit& makeEdit) {
 }
 
 BOOL change(LPCSTR file, const MakeEdit& makeEdit) {
-    // Threads of this process take turns also where the file system has no locks.
-    static std::mutex writers;
-    const std::lock_guard turn(writers);
     const auto name = kor::ProfileName::of(file);
     const auto path = name ? kor::ProfilePath::find(*name) : std::nullopt;
     if (!path) return FALSE;
     if (path->isFolder()) return failWith(ERROR_ACCESS_DENIED);
+    kor::ProfileCache::instance().forgetLarge(*name);
     constexpr int kMostTries = 16;
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     for (int tries = 0; tries < kMostTries; ++tries) {
-        const Outcome outcome = changeOnce(*path, makeEdit);
+        const Outcome outcome = changeOnce(*path, makeEdit, deadline);
         if (outcome != Outcome::again) return outcome == Outcome::done;
     }
     return failWith(ERROR_SHARING_VIOLATION);
