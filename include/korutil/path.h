@@ -131,8 +131,8 @@ KORUTIL_API int KORUTIL_CALL sysCvtToRelPath(char* path, const char* base, DWORD
 /// @param base  the full name of a file, as above
 /// @param size  of the buffer, used for a list; for a path the buffer holds 260 bytes
 /// @return for a path 1, or 0 (an empty path; an empty, relative or too short base; a result of 260 or more
-///         characters). For a list the number of paths in the new one; 0, and the list as it was, when that does
-///         not fit. A list of which no path is left becomes empty, and the result is 0
+///         characters). For a list the number of paths in the new one; 0, and the list as it was, when that
+///         does not fit. A list of which no path is left becomes empty, and the result is 0
 KORUTIL_API int KORUTIL_CALL sysCvtToAbsPath(char* path, const char* base, DWORD size);
 
 /// Expands a path that begins with a symbolic folder, `<Name>\...` or `%Name%\...`: the value Name of the

@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <thread>
@@ -42,6 +43,7 @@ class Turn {
   public:
     explicit Turn(int descriptor) : descriptor_(descriptor) {
         for (int tries = 0; tries < 500 && flock(descriptor_, LOCK_EX | LOCK_NB) != 0; ++tries) {
+            if (errno != EWOULDBLOCK && errno != EINTR) return;  // a file system without locks
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
