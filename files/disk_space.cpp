@@ -31,7 +31,7 @@ std::string folderOf(const char* full) {
     return std::string(full, std::min(lastSeparator(full, "\\") + 1, std::strlen(full)));
 }
 
-// Calls the system with the path made full; with null when there is none, for the current folder.
+// Calls the system with the full path of what is there; null is the current folder.
 template <typename Ask>
 int askFor(const char* path, Ask ask) {
     const ErrorModeScope quiet(kNoErrorBoxes);

@@ -1,5 +1,6 @@
 // The status of a file, its right to be written, and deleting it.
 #include "files/file_seconds.h"
+#include "files/read_only.h"
 #include "korutil/file_system.h"
 #include "platform/win32.h"
 #include "runtime/error_mode.h"
@@ -28,13 +29,6 @@ DWORD modeOf(DWORD attributes) {
     const bool writable = !(attributes & FILE_ATTRIBUTE_READONLY);
     const bool folder = attributes & FILE_ATTRIBUTE_DIRECTORY;
     return static_cast<DWORD>(kModeRead | (writable ? kModeWrite : 0) | (folder ? kModeFolder : kModeFile));
-}
-
-// Takes the read-only attribute away. @return whether the file had it
-bool makeWritable(const char* path) {
-    const DWORD attributes = GetFileAttributesA(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_READONLY)) return false;
-    return SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY) != FALSE;
 }
 
 }  // namespace
@@ -72,9 +66,6 @@ int KORUTIL_CALL sysDeleteFileEx(const char* path, DWORD options) {
     if (DeleteFileA(path)) return 1;
     const DWORD code = GetLastError();
     if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return (options & kDeleteMissing) != 0;
-    const bool tryAgain =
-        code == ERROR_ACCESS_DENIED && (options & kDeleteReadOnly) && kor::makeWritable(path);
-    if (tryAgain && DeleteFileA(path)) return 1;
-    if (tryAgain) sysChmod(path, 0);
-    return kor::failed(code);
+    const bool tryAgain = code == ERROR_ACCESS_DENIED && (options & kDeleteReadOnly);
+    return tryAgain ? kor::removeReadOnly(path, DeleteFileA) : kor::failed(code);
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "files/file_kind.h"
@@ -52,8 +53,18 @@ class NameList {
     DWORD count_ = 0;
 };
 
+// The system also finds a file by its short name, whose extension is cut to three characters.
+bool hasExtension(std::string_view name, const std::string& extension) {
+    if (extension.empty()) return name.find('.') == name.npos;
+    if (extension.find_first_of("*?") != extension.npos) return true;
+    if (name.size() <= extension.size()) return false;
+    const std::size_t dot = name.size() - extension.size() - 1;
+    return name[dot] == '.' && lstrcmpiA(name.data() + dot + 1, extension.c_str()) == 0;
+}
+
 char** listOf(const FileIoDescription& kind) {
-    std::string pattern = folderOf(kind) + "*." + textOf(kind, kind.extension);
+    const std::string extension = textOf(kind, kind.extension);
+    std::string pattern = folderOf(kind) + (extension.empty() ? "*" : "*." + extension);
     sysBeautifyPathname(pattern.data(), kPathRoom);
     if (pattern.size() >= kPathRoom) return nullptr;
     WIN32_FIND_DATAA data;
@@ -62,7 +73,7 @@ char** listOf(const FileIoDescription& kind) {
     const Find find(handle);
     std::unique_ptr<NameList> list;
     do {
-        if (data.dwFileAttributes & kLeftOut) continue;
+        if ((data.dwFileAttributes & kLeftOut) || !hasExtension(data.cFileName, extension)) continue;
         if (!list) list = std::make_unique<NameList>();
         if (!list->names() || !list->add(data.cFileName)) break;
     } while (FindNextFileA(handle, &data));

@@ -7,6 +7,11 @@
 namespace kor {
 namespace {
 
+int failed(DWORD code) {
+    SetLastError(code);
+    return 0;
+}
+
 // @return INVALID_FILE_ATTRIBUTES also for a reserved name, which is not asked for
 DWORD attributesOf(const char* path) {
     if (!path || sysIsReservedFileName(path)) {
@@ -21,7 +26,11 @@ class ReadableFile {
   public:
     explicit ReadableFile(const char* path) {
         const DWORD attributes = attributesOf(path);
-        if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DEVICE)) return;
+        if (attributes == INVALID_FILE_ATTRIBUTES) return;
+        if (attributes & FILE_ATTRIBUTE_DEVICE) {
+            SetLastError(ERROR_NOT_SUPPORTED);
+            return;
+        }
         const ErrorModeScope quiet(kNoErrorBoxes);
         // Who writes to the file at the same time does not make it unreadable.
         file_ = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -34,10 +43,11 @@ class ReadableFile {
     ReadableFile& operator=(const ReadableFile&) = delete;
 
     bool isOpen() const { return file_ != INVALID_HANDLE_VALUE; }
-    bool isOnDisk() const { return GetFileType(file_) == FILE_TYPE_DISK; }
 
-    // @param count  receives 1 when there is a first byte, else 0
+    // Of a file on a disk. @param count  receives 1 when there is a first byte, else 0
     bool readFirst(DWORD& count) const {
+        if (!isOpen()) return false;
+        if (GetFileType(file_) != FILE_TYPE_DISK) return failed(ERROR_NOT_SUPPORTED);
         const ErrorModeScope quiet(kNoErrorBoxes);
         char first = 0;
         return ReadFile(file_, &first, sizeof first, &count, nullptr) != FALSE;
@@ -67,7 +77,7 @@ int KORUTIL_CALL sysExistsFile(const char* path) {
 int KORUTIL_CALL sysReadableFile(const char* path) {
     const kor::ReadableFile file(path);
     DWORD count = 0;
-    return file.isOpen() && file.isOnDisk() && file.readFirst(count);
+    return file.readFirst(count);
 }
 
 int KORUTIL_CALL sysReadableFileFast(const char* path) { return kor::ReadableFile(path).isOpen(); }
@@ -75,5 +85,6 @@ int KORUTIL_CALL sysReadableFileFast(const char* path) { return kor::ReadableFil
 int KORUTIL_CALL sysIsFileOK(const char* path) {
     const kor::ReadableFile file(path);
     DWORD count = 0;
-    return file.isOpen() && file.isOnDisk() && file.readFirst(count) && count == 1;
+    if (!file.readFirst(count)) return 0;
+    return count == 1 ? 1 : kor::failed(ERROR_HANDLE_EOF);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/path_form.h"
+#include "files/read_only.h"
 #include "framework/multibyte.h"
 #include "korutil/file_system.h"
 #include "korutil/path.h"
@@ -21,36 +22,34 @@ bool fail(DWORD code) {
     return false;
 }
 
-// Takes a read-only attribute away when that was what forbade something. @return whether it was
-bool madeWritable(const char* path) {
-    if (GetLastError() != ERROR_ACCESS_DENIED) return false;
-    const DWORD attributes = GetFileAttributesA(path);
-    const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
-    if (readOnly && SetFileAttributesA(path, attributes & ~FILE_ATTRIBUTE_READONLY)) return true;
-    return fail(ERROR_ACCESS_DENIED);
+bool removeBy(BOOL(WINAPI* remove)(LPCSTR), const char* path) {
+    return remove(path) || (GetLastError() == ERROR_ACCESS_DENIED && removeReadOnly(path, remove));
 }
 
-bool removeFile(const char* path) { return DeleteFileA(path) || (madeWritable(path) && DeleteFileA(path)); }
+bool removeFile(const char* path) { return removeBy(DeleteFileA, path); }
 
 // An empty folder, or a link to a folder: what it leads to stays.
-bool removeOne(const char* path) {
-    return RemoveDirectoryA(path) || (madeWritable(path) && RemoveDirectoryA(path));
-}
+bool removeOne(const char* path) { return removeBy(RemoveDirectoryA, path); }
 
 // The entries of a folder, one by one.
 class Entries {
   public:
     explicit Entries(const std::string& folder)
-        : find_(FindFirstFileA((folder + "\\*").c_str(), &data_)), found_(find_ != INVALID_HANDLE_VALUE) {}
+        : find_(FindFirstFileA((folder + "\\*").c_str(), &data_)),
+          end_(find_ != INVALID_HANDLE_VALUE ? ERROR_SUCCESS : GetLastError()) {}
     Entries(Entries&& other) noexcept
-        : data_(other.data_), find_(std::exchange(other.find_, INVALID_HANDLE_VALUE)), found_(other.found_) {}
+        : data_(other.data_), find_(std::exchange(other.find_, INVALID_HANDLE_VALUE)), end_(other.end_) {}
     Entries& operator=(Entries&&) = delete;
     ~Entries() {
         if (find_ != INVALID_HANDLE_VALUE) FindClose(find_);
     }
 
-    bool atEnd() const { return !found_; }
-    void next() { found_ = FindNextFileA(find_, &data_) != FALSE; }
+    bool atEnd() const { return end_ != ERROR_SUCCESS; }
+    // What kept the folder from being read to its end, or ERROR_SUCCESS.
+    DWORD failure() const {
+        return end_ == ERROR_NO_MORE_FILES || end_ == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : end_;
+    }
+    void next() { end_ = FindNextFileA(find_, &data_) ? ERROR_SUCCESS : GetLastError(); }
     const char* name() const { return data_.cFileName; }
     bool isFolder() const { return data_.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY; }
     bool isOwnName() const { return std::strcmp(name(), ".") == 0 || std::strcmp(name(), "..") == 0; }
@@ -58,7 +57,7 @@ class Entries {
   private:
     WIN32_FIND_DATAA data_{};
     HANDLE find_;
-    bool found_;
+    DWORD end_;  // why there is no entry
 };
 
 // Folders within folders are kept in a list of their own, not on the stack.
@@ -107,6 +106,7 @@ class Removal {
     }
 
     bool leave() {
+        if (const DWORD code = open_.back().entries.failure()) return fail(code);
         const std::size_t nameStart = open_.back().nameStart;
         open_.pop_back();
         if (!removeOne(path_.c_str())) return false;

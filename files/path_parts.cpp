@@ -1,4 +1,5 @@
 // Paths taken apart and put together.
+#include <algorithm>
 #include <new>
 #include <string>
 #include <string_view>

@@ -1,4 +1,5 @@
 // Where shortcuts lead.
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>

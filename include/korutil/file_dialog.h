@@ -56,6 +56,8 @@ KORUTIL_API WORD KORUTIL_CALL io_FileEx(const FileIoDescription* description, in
 
 /// Lists the files with the description's extension in its folder, without their extensions, as
 /// `sysBeautifyPathname` writes them. Folders and hidden, system, temporary and offline files are left out.
+/// With an empty extension these are the files without a dot in their names; with wild cards in it, what the
+/// system finds.
 /// @return an arm array of texts (each an arm array of bytes with element size 1 and tag 3), tagged
 ///         `ARM_TAG_OF_ARRAYS`: walk it up to the first null entry, which is always there, and free it by
 ///         `armFreeReset`. Null when nothing was found; when memory is short, what was found until then

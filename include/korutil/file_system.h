@@ -22,13 +22,15 @@ KORUTIL_API int KORUTIL_CALL sysExistsPath(const char* path);
 KORUTIL_API int KORUTIL_CALL sysExistsFile(const char* path);
 
 /// Whether the file can be opened for reading and its first byte, if it has one, can be read. A device or a
-/// pipe, which might keep the caller waiting, is no such file.
+/// pipe, which might keep the caller waiting, is no such file: ERROR_NOT_SUPPORTED.
 KORUTIL_API int KORUTIL_CALL sysReadableFile(const char* path);
 
-/// Whether the file can be opened for reading; nothing is read. A pipe is not opened.
+/// Whether the file can be opened for reading; nothing is read. A pipe is not opened:
+/// ERROR_NOT_SUPPORTED.
 KORUTIL_API int KORUTIL_CALL sysReadableFileFast(const char* path);
 
-/// Whether the file is one on a disk (no device, no pipe), can be read and is not empty.
+/// Whether the file is one on a disk (no device, no pipe: ERROR_NOT_SUPPORTED), can be read and is not empty
+/// (ERROR_HANDLE_EOF).
 KORUTIL_API int KORUTIL_CALL sysIsFileOK(const char* path);
 /// @}
 
@@ -40,7 +42,11 @@ KORUTIL_API int KORUTIL_CALL sysMakeDir(const char* path);
 
 /// Removes a folder with all that is in it, read-only files too. Links and junctions are removed, what they
 /// lead to is not touched. The first entry that cannot be removed ends the work; what was removed until then
-/// is gone. A root is refused with ERROR_ACCESS_DENIED; what is no folder fails with ERROR_DIRECTORY.
+/// is gone, and a file that stays has its read-only attribute back. A root is refused with
+/// ERROR_ACCESS_DENIED; what is no folder fails with ERROR_DIRECTORY; a folder that cannot be read fails with
+/// the system's error. Natively an entry whose name has no place on Windows (a character outside the code
+/// page or one of `<>:"|?*\`, a device's name, a dot or a blank at its end) is not seen: it stays, and the
+/// folder that it is in fails with ERROR_DIR_NOT_EMPTY after everything else in that folder is gone.
 KORUTIL_API int KORUTIL_CALL sysRemoveDir(const char* path);
 
 /// Makes a folder the process's current one, its drive the current drive; a trailing backslash does not
@@ -55,7 +61,8 @@ KORUTIL_API int KORUTIL_CALL sysChDriveDir(const char* folder);
 inline constexpr DWORD kDeleteReadOnly = 1;  ///< a read-only file too
 inline constexpr DWORD kDeleteMissing = 2;   ///< a file that is not there is success
 
-/// Deletes a file. @param options  kDelete... combined
+/// Deletes a file; of a link, the link. When it cannot be deleted after all, it stays read-only.
+/// @param options  kDelete... combined
 KORUTIL_API int KORUTIL_CALL sysDeleteFileEx(const char* path, DWORD options);
 
 inline constexpr int kModeRead = 0x0100;   ///< as the Windows runtime's _S_IREAD
@@ -92,7 +99,8 @@ KORUTIL_API int KORUTIL_CALL sysCvtToLongFileName(char* path, DWORD size);
 /// executed.
 /// @param target  receives the full path; unchanged on failure. May be the shortcut's own buffer
 /// @return 1; 0 for what is no shortcut or is damaged (ERROR_BAD_FORMAT), leads to no path
-///         (ERROR_PATH_NOT_FOUND), and for a target that does not fit (ERROR_INSUFFICIENT_BUFFER)
+///         (ERROR_PATH_NOT_FOUND), is a pipe (ERROR_NOT_SUPPORTED), and for a target that does not fit
+///         (ERROR_INSUFFICIENT_BUFFER)
 KORUTIL_API int KORUTIL_CALL sysResolveShortcut(const char* shortcut, char* target, DWORD size);
 
 // ---- Drives and the system

@@ -101,12 +101,86 @@ TEST(FileSystemNative, LinksAreRemovedAndNotWhatTheyLeadTo) {
     EXPECT_EQ(sysResolveShortcut((tree + "\\dangling").c_str(), target, sizeof target), 1);
     EXPECT_EQ(target, tree + "\\gone\\x");
     ASSERT_EQ(mkfifo((at + "/pipe").c_str(), 0600), 0);
-    EXPECT_EQ(sysReadableFile((tree + "\\pipe").c_str()), 0) << "and does not wait for a writer";
+    const std::string pipe = tree + "\\pipe";
+    for (const auto test : {sysReadableFile, sysReadableFileFast, sysIsFileOK}) {
+        SetLastError(0);
+        EXPECT_EQ(test(pipe.c_str()), 0) << "and does not wait for a writer";
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_SUPPORTED});
+    }
+    SetLastError(0);
+    EXPECT_EQ(sysResolveShortcut(pipe.c_str(), target, sizeof target), 0);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_NOT_SUPPORTED});
+    SysFileStatus status{};
+    EXPECT_EQ(sysFileStatus(pipe.c_str(), &status), 1) << GetLastError();
+    EXPECT_EQ(status.attributes, DWORD{FILE_ATTRIBUTE_DEVICE});
     EXPECT_EQ(sysRemoveDir(tree.c_str()), 1) << GetLastError();
     EXPECT_EQ(sysExistsFile(kept.c_str()) + sysExistsFile(scratch.path("o\\inner").c_str()), 2);
     ASSERT_EQ(symlink("o", (at.substr(0, at.rfind('/')) + "/link").c_str()), 0);
     EXPECT_EQ(sysRemoveDir(scratch.path("link\\").c_str()), 1);
     EXPECT_EQ(sysExistsFile(scratch.path("o\\inner").c_str()), 1);
+}
+
+// An ordinary user who owns a read-only file, also when the test's user may do everything.
+class Owner {
+  public:
+    explicit Owner(const std::string& file) {
+        chmod(file.c_str(), 0444);
+        if (geteuid() == 0 && chown(file.c_str(), 65534, 65534) == 0) changed_ = seteuid(65534) == 0;
+    }
+    ~Owner() { EXPECT_TRUE(!changed_ || seteuid(0) == 0); }
+    Owner(const Owner&) = delete;
+    Owner& operator=(const Owner&) = delete;
+
+  private:
+    bool changed_ = false;
+};
+
+TEST(FileSystemNative, AReadOnlyFileThatStaysIsAsItWas) {
+    const auto removeFile = [](const char* path) { return sysDeleteFileEx(path, kDeleteReadOnly); };
+    const struct {
+        const char* what;
+        void (*make)(const std::string& kept, const std::string& tree);  // native
+        mode_t mode;                                                     // of the tree
+        int(KORUTIL_CALL* remove)(const char*);
+        const char* path;
+        DWORD error;
+    } cases[] = {
+        {"a link's target",
+         [](auto&, auto& tree) { EXPECT_EQ(symlink("../kept", (tree + "/l").c_str()), 0); }, 0555,
+         sysRemoveDir, "tree", ERROR_ACCESS_DENIED},
+        {"the same", [](auto&, auto& tree) { EXPECT_EQ(symlink("../kept", (tree + "/l").c_str()), 0); }, 0555,
+         removeFile, "tree\\l", ERROR_ACCESS_DENIED},
+        {"itself", [](auto& kept, auto& tree) { EXPECT_EQ(link(kept.c_str(), (tree + "/l").c_str()), 0); },
+         0555, sysRemoveDir, "tree", ERROR_ACCESS_DENIED},
+        {"its other name",
+         [](auto& kept, auto& tree) { EXPECT_EQ(link(kept.c_str(), (tree + "/l").c_str()), 0); }, 0777,
+         removeFile, "tree\\l", 0},
+        {"an unreadable folder", [](auto&, auto& tree) { EXPECT_EQ(mkdir((tree + "/d").c_str(), 0777), 0); },
+         0, sysRemoveDir, "tree", ERROR_ACCESS_DENIED},
+        {"one that may not be entered",
+         [](auto&, auto& tree) { EXPECT_EQ(mkdir((tree + "/d").c_str(), 0777), 0); }, 0444, sysRemoveDir,
+         "tree", ERROR_ACCESS_DENIED},
+        {"a hidden name", [](auto&, auto& tree) { EXPECT_EQ(mkdir((tree + "/a:b").c_str(), 0777), 0); }, 0777,
+         sysRemoveDir, "tree", ERROR_DIR_NOT_EMPTY}};
+    for (const auto& c : cases) {
+        const ScratchFolder scratch;
+        char native[4096];
+        korNativePath(scratch.file("kept", "x").c_str(), native, sizeof native);
+        const std::string kept(native), tree = kept.substr(0, kept.rfind('/')) + "/tree";
+        ASSERT_EQ(mkdir(tree.c_str(), 0777), 0);
+        c.make(kept, tree);
+        ASSERT_EQ(chmod(tree.c_str(), c.mode) + chmod(tree.substr(0, tree.rfind('/')).c_str(), 0777), 0);
+        {
+            const Owner owner(kept);
+            EXPECT_EQ(c.remove(scratch.path(c.path).c_str()), c.error == 0) << c.what;
+            EXPECT_TRUE(c.error == 0 || GetLastError() == c.error) << c.what << ": " << GetLastError();
+        }
+        struct stat status {};
+        EXPECT_EQ(stat(kept.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, mode_t{0444}) << c.what;
+        chmod(tree.c_str(), 0777);
+        rmdir((tree + "/a:b").c_str());
+    }
 }
 
 }  // namespace

@@ -36,13 +36,19 @@ TEST(ListOfFiles, HoldsOneKindWithoutExtensions) {
     const std::string base = scratch.path();
     scratch.folder("sub");
     scratch.folder("sub\\folder.tif");
-    for (const char* name : {"A.B.TIF", "Name.tif", "SHORT.TIF", "other.jpg"})
+    for (const char* name : {"A.B.TIF", "Name.tif", "SHORT.TIF", "other.jpg", "x.tiff", "tif", "plain"})
         scratch.file(std::string("sub\\") + name);
     FileIoDescription kind{};
     kind.folder = base.c_str();
     kind.subfolder = "sub";
     kind.extension = "tif";
     EXPECT_EQ(listOf(kind), (std::vector<std::string>{"A.b", "Name", "Short"}));
+    kind.extension = "B.tif";
+    EXPECT_EQ(listOf(kind), (std::vector<std::string>{"A.b"}));
+    for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+        kind.extension = none;
+        EXPECT_EQ(listOf(kind), (std::vector<std::string>{"plain", "tif"}));
+    }
     kind.extension = "none";
     EXPECT_EQ(io_GetListOfFiles(&kind), nullptr);
     kind.subfolder = "missing";
