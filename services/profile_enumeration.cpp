@@ -81,7 +81,7 @@ int KORUTIL_CALL appEnumProfileKeys(const char* section, const char* prefix, Pro
     }
     ProfileEnumRecord record{};
     record.section = section;
-    record.selector = walked.number();
+    record.selector = walked.file() ? walked.number() : walked.user() ? kProfileUser : kProfileApplication;
     record.prefix = prefix ? prefix : "";
     record.userData = userData;
     return kor::walk(keys, record, callback, walked.user());

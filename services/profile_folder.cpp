@@ -2,6 +2,7 @@
 #include <array>
 #include <string_view>
 
+#include "framework/bounded_text.h"
 #include "korutil/path.h"
 #include "korutil/profile.h"
 #include "platform/last_separator.h"
@@ -42,7 +43,9 @@ BOOL KORUTIL_CALL utlMakeHelpPathName(char* buffer, DWORD size, const char* name
 BOOL KORUTIL_CALL appGetUserRootDir(char* buffer, DWORD size) {
     if (!buffer || size == 0) return FALSE;
     if (appGetProfileString(kSection, kRootKey, "", buffer, size, kProfileBoth, nullptr) == 0) {
-        utlMakeHelpPathName(buffer, size, "");
+        std::array<char, MAX_PATH> folder{};
+        utlMakeHelpPathName(folder.data(), MAX_PATH, "");
+        kor::BoundedText(buffer, size).append(folder.data());
     }
     sysDeleteBackslash(buffer);
     return TRUE;

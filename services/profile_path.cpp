@@ -37,12 +37,22 @@ int makeAbsolute(char* path, DWORD length, DWORD size, const char* base) {
     return result;
 }
 
+// A list is converted in the caller's buffer, whose text is put back when no path is left of it.
+int makeListAbsolute(char* list, DWORD length, DWORD size, const char* base) {
+    const std::unique_ptr<char[]> read(new (std::nothrow) char[std::size_t{length} + 1]);
+    if (!read) return 0;
+    std::memcpy(read.get(), list, std::size_t{length} + 1);
+    const int result = sysCvtToAbsPath(list, base, size);
+    if (!result) std::memcpy(list, read.get(), std::size_t{length} + 1);
+    return result;
+}
+
 BOOL writePaths(const char* section, const char* key, const char* value, const char* file) {
     const std::unique_ptr<char[]> work(new (std::nothrow) char[kWorkRoom]);
     if (!work) return FALSE;
     lstrcpynA(work.get(), value, kWorkRoom);
     if (*value && !sysCvtToRelPath(work.get(), file, kWorkRoom)) return FALSE;
-    return WritePrivateProfileStringA(section, key, work.get(), file);
+    return writeProfileText(section, key, work.get(), file);
 }
 
 }  // namespace
@@ -53,7 +63,7 @@ int KORUTIL_CALL appGetProfilePaths(const char* section, const char* key, const 
     const DWORD length = appGetProfileString(section, key, defaultText, buffer, size, selector, module);
     if (length == 0) return 0;
     const char* base = kor::sourceOf(kor::readSelector(selector));
-    return kor::isList(buffer) ? sysCvtToAbsPath(buffer, base, size)
+    return kor::isList(buffer) ? kor::makeListAbsolute(buffer, length, size, base)
                                : kor::makeAbsolute(buffer, length, size, base);
 }
 

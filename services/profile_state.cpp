@@ -78,8 +78,12 @@ bool startsWithoutCase(std::string_view text, std::string_view start) {
 
 BOOL KORUTIL_CALL appSetProfiles(const char* applicationProfile, const char* userProfile) {
     kor::ProfileState& state = kor::profileState();
-    kor::assign(state.application, applicationProfile);
-    kor::assign(state.user, userProfile);
+    // The texts may be the names that are set here (appGetProfilePathname).
+    kor::ProfileName names[2];
+    kor::assign(names[0], applicationProfile);
+    kor::assign(names[1], userProfile);
+    state.application = names[0];
+    state.user = names[1];
     const std::string_view application = state.application.data();
     const std::string_view user = state.user.data();
     state.sameFile = application.size() == user.size() && kor::startsWithoutCase(application, user);

@@ -2,9 +2,21 @@
 #include "services/profile_write.h"
 
 #include <charconv>
+#include <cstring>
 
 #include "korutil/profile.h"
+#include "platform/profile_limit.h"
 #include "services/profile_argument.h"
+
+namespace kor {
+
+BOOL writeProfileText(const char* section, const char* key, const char* value, const char* file) {
+    for (const char* text : {section, key, value})
+        if (text && std::strlen(text) > kLongestProfileText) return FALSE;
+    return WritePrivateProfileStringA(section, key, value, file);
+}
+
+}  // namespace kor
 
 BOOL KORUTIL_CALL appWriteProfileString(const char* section, const char* key, const char* value,
                                         UINT_PTR selector, HINSTANCE module) {
@@ -13,7 +25,7 @@ BOOL KORUTIL_CALL appWriteProfileString(const char* section, const char* key, co
         return FALSE;
     }
     return kor::writeToProfiles(
-        selector, [&](const char* file) { return WritePrivateProfileStringA(section, key, value, file); });
+        selector, [&](const char* file) { return kor::writeProfileText(section, key, value, file); });
 }
 
 BOOL KORUTIL_CALL appWriteProfileInt(const char* section, const char* key, int value, UINT_PTR selector,

@@ -5,6 +5,9 @@
 
 namespace kor {
 
+/// Does what WritePrivateProfileStringA does. @return FALSE also for texts that the system cannot take
+BOOL writeProfileText(const char* section, const char* key, const char* value, const char* file);
+
 /// Hands the name of each file that a selector writes to `write`, the user profile first; ends at the first
 /// failure. A file that is both profiles is written once.
 /// @param write  (const char* file) -> BOOL

@@ -44,10 +44,15 @@ bool resolveValueName(const char*& name, HINSTANCE module, KeyPath& buffer) {
 
 // A text in the registry may lack its terminator.
 bool readString(HKEY key, const char* name, char* buffer, DWORD size) {
+    DWORD type = REG_NONE;
     DWORD length = size;
     const LSTATUS status =
-        RegQueryValueExA(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &length);
+        RegQueryValueExA(key, name, nullptr, &type, reinterpret_cast<BYTE*>(buffer), &length);
     if (status != ERROR_SUCCESS) return false;
+    if (type != REG_SZ) {
+        buffer[0] = '\0';
+        return false;
+    }
     const bool terminated = length > 0 && buffer[length - 1] == '\0';
     if (!terminated) buffer[length < size ? length : 0] = '\0';
     return terminated || length < size;
@@ -71,12 +76,6 @@ BOOL KORUTIL_CALL appGetRegString(HKEY key, const char* valueName, char* buffer,
                                   HINSTANCE module) {
     kor::KeyPath loaded{};
     if (!buffer || size == 0 || !kor::resolveValueName(valueName, module, loaded)) return FALSE;
-    DWORD type = REG_NONE;
-    DWORD length = 0;
-    if (RegQueryValueExA(key, valueName, nullptr, &type, nullptr, &length) != ERROR_SUCCESS ||
-        type != REG_SZ || length > size) {
-        return FALSE;
-    }
     return kor::readString(key, valueName, buffer, size);
 }
 

@@ -66,7 +66,7 @@ KORUTIL_API const char* KORUTIL_CALL appGetExeDir();
 /// The folder below which the user's files lie: key "Root" of section "System" (user, then application
 /// profile); when that is empty, the folder of the help files (utlMakeHelpPathName). Without a trailing
 /// backslash.
-/// @param size  of `buffer`; a folder that does not fit is cut
+/// @param size  of `buffer`; either folder is cut when it does not fit
 /// @return 1; 0 when `buffer` is null or `size` is 0
 KORUTIL_API BOOL KORUTIL_CALL appGetUserRootDir(char* buffer, DWORD size);
 
@@ -79,7 +79,8 @@ KORUTIL_API BOOL KORUTIL_CALL utlMakeHelpPathName(char* buffer, DWORD size, cons
 // ------------------------------------------------------------------------------------------------- reading
 //
 // A key that the user profile has, if only with an empty value, never falls back: an empty value there is the
-// answer. (For numbers: also a text that is no number.)
+// answer. Integers are otherwise: a text that is no number is 0 and does not fall back either, but an empty
+// value counts as no key, as it does to the system's `GetPrivateProfileIntA`.
 
 /// Reads a text.
 /// @param defaultText  for a key that is in none of the files. From a file of the caller's, and from the
@@ -95,7 +96,7 @@ KORUTIL_API DWORD KORUTIL_CALL appGetProfileString(const char* section, const ch
                                                    UINT_PTR selector, HINSTANCE module);
 
 /// Reads a decimal integer, as the system's `GetPrivateProfileIntA` does.
-/// @return the integer; `defaultValue` for a key that is in none of the files
+/// @return the integer; `defaultValue` for a key that is in none of the files, or has an empty value
 KORUTIL_API int KORUTIL_CALL appGetProfileInt(const char* section, const char* key, int defaultValue,
                                               UINT_PTR selector, HINSTANCE module);
 
@@ -196,6 +197,13 @@ KORUTIL_API int KORUTIL_CALL appEnumProfileKeys(const char* section, const char*
                                                 UINT_PTR selector, HINSTANCE module);
 
 // ------------------------------------------------------------------------------------------------- writing
+//
+// A line feed ends a line of the file. Texts are written as they stand, so what follows a lone line feed in a
+// value, or in a line of an edit control, becomes a line of the file of its own: it reads back as a key or a
+// section if it looks like one, else not at all, and the value ends in front of it.
+//
+// Windows takes names and values of at most 32766 characters: with a longer one nothing is written, and the
+// result is 0. Natively they have no limit of their own.
 //
 // A write to both profiles writes the user profile first, and the application profile only when that
 // succeeded; when both are the same file, it is written once. The functions return non-zero when everything

@@ -33,9 +33,9 @@ KORUTIL_API BOOL KORUTIL_CALL appCloseRegKey(HKEY key);
 /// @param valueName  null or empty for the key's default value
 /// @param buffer     receives the text, terminated
 /// @param size       of `buffer`
-/// @return 1; 0, with the buffer untouched or empty, when there is no such value, it is not of type REG_SZ,
-///         it does not fit with its terminator, or its name is a number that cannot be loaded or has no
-///         module
+/// @return 1; 0, when there is no such value, it is not of type REG_SZ (the buffer is then empty), it does
+/// not fit
+///         with its terminator, or its name is a number that cannot be loaded or has no module
 KORUTIL_API BOOL KORUTIL_CALL appGetRegString(HKEY key, const char* valueName, char* buffer, DWORD size,
                                               HINSTANCE module);
 

@@ -81,6 +81,8 @@ TEST(RegistryText, TellsKeysAndValues) {
     EXPECT_EQ(valueBy("\"v\"=hex:\r\n"), "3:");
     EXPECT_EQ(valueBy("\"v\"=hex:01 ; not going on \\\r\n"), "3:\x01");
     EXPECT_EQ(valueBy("\"v\"=hex(b):01,00,00,00,00,00,00,00\r\n"), "11:\x01\0\0\0\0\0\0\0"s);
+    EXPECT_EQ(valueBy("\"v\"=hex(ffff0012):01\r\n"), "4294901778:\x01");
+    EXPECT_EQ(valueBy("\"v\"=\"1\"\r\n\"v\"=\"long\"\r\n\"v\"=-\r\n\"v\"=\"2\"\r\n"), "1:2\0"s);
     EXPECT_EQ(valueBy("\"v\"=hex(2):25,00,e9,00,00,00\r\n"), "2:%\xE9\0"s);
     EXPECT_EQ(valueBy("\"v\"=hex(2):25,e9,00\r\n", "REGEDIT4\r\n"), "2:%\xE9\0"s);
     EXPECT_EQ(valueBy("\"v\"=hex(7):41,00,00,00,ac,20,00,00,00,00\r\n"), "7:A\0\x80\0\0"s);
@@ -180,5 +182,10 @@ TEST(RegistryText, KeepsToAMemoryThatTheFileAccountsFor) {
     const std::string report = reportOf(file);
     EXPECT_NE(report.find("more keys and values than"), std::string::npos);
     EXPECT_NE(query("0\\a\\a", ""), "key 2") << "what came first is there";
+    file = kVersion5 + "[HKEY_CURRENT_USER\\K]\n"s;
+    for (int line = 1'000'000; file.size() < (8u << 20); ++line)
+        file += '"' + std::to_string(line) + "\"=\"\"\n";
+    EXPECT_EQ(reportOf(file + "@=\"last\"\n"), "") << "short lines, all sound";
+    EXPECT_EQ(query("K", "1500000") + query("K", ""), "1:\0"s + "1:last\0"s);
     setRegistryFile(kRoot, "");
 }

@@ -8,6 +8,7 @@
 
 #include "korutil/argument_list.h"
 #include "korutil/lifecycle.h"
+#include "platform/profile_limit.h"
 #include "platform/win32.h"
 #include "runtime/reserve.h"
 #include "services/reserve_setting.h"
@@ -47,6 +48,8 @@ TEST(Profile, NamesAreKeptAndCutToWhatAPathMayHave) {
     EXPECT_FALSE(appGetUserProfile(user, 259));
     EXPECT_STREQ(user, "");
     EXPECT_TRUE(appGetUserProfile(user, 260));
+    EXPECT_TRUE(appSetProfiles(appGetProfilePathname(), appGetProfilePathname()));
+    EXPECT_STREQ(appGetProfilePathname(), "C:\\A\\suite.ini") << "set to itself";
     EXPECT_FALSE(appGetUserProfile(user, 0));
 }
 
@@ -78,6 +81,8 @@ TEST(Profile, TheUsersRootFallsBackToTheHelpFiles) {
     const Profiles profiles;
     EXPECT_EQ(appGetUserRootDir(root, MAX_PATH), 1);
     EXPECT_EQ(std::string(root) + '\\', appGetExeDir());
+    EXPECT_EQ(appGetUserRootDir(root, 6), 1);
+    EXPECT_EQ(root, std::string(appGetExeDir(), 5)) << "cut as well";
     EXPECT_EQ(appGetUserRootDir(root, 0), 0);
 }
 
@@ -104,8 +109,8 @@ TEST(Profile, AStringFallsBackOnlyWhenTheUserProfileLacksTheKey) {
 }
 
 TEST(Profile, AnIntegerFallsBackOnlyWhenTheUserProfileLacksTheKey) {
-    const Profiles profiles("[S]\r\nfive=5\r\nzero=0\r\ntext=abc\r\n",
-                            "[S]\r\nzero=6\r\ntext=6\r\nonly=-8x\r\n");
+    const Profiles profiles("[S]\r\nfive=5\r\nzero=0\r\ntext=abc\r\nempty=\r\n",
+                            "[S]\r\nzero=6\r\ntext=6\r\nempty=6\r\nonly=-8x\r\n");
     const auto read = [](const char* key, UINT_PTR selector) {
         const int value = appGetProfileInt("S", key, 99, selector, nullptr);
         return std::to_string(value) + (appFoundInUserProfile() ? " in user" : "");
@@ -115,6 +120,7 @@ TEST(Profile, AnIntegerFallsBackOnlyWhenTheUserProfileLacksTheKey) {
     EXPECT_EQ(read("five", profileFile(profiles.user())), "5");
     EXPECT_EQ(read("zero", 3), "0 in user");
     EXPECT_EQ(read("text", 3), "0 in user");
+    EXPECT_EQ(read("empty", 3), "6");
     EXPECT_EQ(read("only", 3), "-8");
     EXPECT_EQ(read("only", 1), "99");
     EXPECT_EQ(read("none", profileFile(profiles.user())), "99");
@@ -144,6 +150,19 @@ TEST(Profile, ASelectorChoosesTheFilesThatAreWritten) {
     EXPECT_EQ(bytesOf(profiles.application()), "") << "not written after a failure";
     EXPECT_EQ(appWriteProfileString("S", nullptr, nullptr, profileFile(other.c_str()), nullptr), 1);
     EXPECT_EQ(bytesOf(other), "") << "without its section";
+}
+
+TEST(Profile, ATextThatTheSystemCannotTakeIsNotWritten) {
+    const Profiles profiles("[S]\r\nk=old\r\n");
+    std::string text(32766, 'x');
+    EXPECT_TRUE(appWriteProfileString("S", "k", text.c_str(), 1, nullptr));
+    EXPECT_EQ(bytesOf(profiles.user()), "[S]\r\nk=" + text + "\r\n");
+    text += 'x';
+    const bool takes = text.size() <= kor::kLongestProfileText;
+    EXPECT_EQ(appWriteProfileString("S", "k", text.c_str(), 1, nullptr), takes);
+    EXPECT_EQ(appWriteProfileString("S", text.c_str(), "v", 1, nullptr), takes);
+    EXPECT_EQ(appWriteProfileString(text.c_str(), "k", "v", 1, nullptr), takes);
+    EXPECT_EQ(bytesOf(profiles.user()).size(), takes ? 98323u : 32775u);
 }
 
 TEST(Profile, NamesMayBeNumbersOfStrings) {
@@ -192,6 +211,12 @@ TEST(Profile, ASinglePathIsStoredRelativeToItsFileAndAListAbsolute) {
     EXPECT_EQ(path, folder + "\\d.tif") << "a default is relative to the application profile";
     EXPECT_EQ(appGetProfilePaths("S", "p", "", path, 12, 0, nullptr), 0) << "its absolute form does not fit";
     EXPECT_STREQ(path, "Sub\\c.tif");
+    appSetProfiles("", "no folder.ini");
+    for (const char* text : {"a;b", "a", ";"}) {
+        EXPECT_EQ(appGetProfilePaths("S", "none", text, path, MAX_PATH, 1, nullptr), 0);
+        EXPECT_STREQ(path, text);
+    }
+    appSetProfiles(profiles.application(), profiles.user());
     EXPECT_EQ(appWriteProfilePaths("S", "p", std::string(40000, 'x').c_str(), 1, nullptr), 0);
     EXPECT_EQ(Profiles::valueIn(profiles.user(), "p"), "Sub\\c.tif");
     EXPECT_EQ(appWriteProfilePaths("S", "p", nullptr, 3, nullptr), 1);
@@ -250,6 +275,8 @@ TEST(Profile, EnumerationNeverMixesTheTwoProfiles) {
     const Profiles profiles("[S]\r\nitem1=a\r\nItemx=b\r\nIt=c\r\n", "[S]\r\nItem9=d\r\nOther=e\r\n");
     EXPECT_EQ(walk("Item", 0), "1 item1 1 1, 1 Itemx x 2, 1 1");
     EXPECT_EQ(walk("Item", 2), "2 Item9 9 1, 1 0");
+    EXPECT_EQ(walk("Item", 4), "2 Item9 9 1, 1 0") << "neither bit: as for reads";
+    EXPECT_EQ(walk("Item", 5), "1 item1 1 1, 1 Itemx x 2, 1 1");
     EXPECT_EQ(walk("OTHER", 3), "2 Other  1, 1 0");
     EXPECT_EQ(walk("OTHER", 1), "1 0");
     EXPECT_EQ(walk("none", 3), "1 0");

@@ -30,7 +30,7 @@ class AppRegistry : public testing::Test {
         if (!key) return "no key";
         char value[64] = "no value";
         const BOOL result = appGetRegString(key, name, value, sizeof value, nullptr);
-        EXPECT_EQ(result, std::string(value) != "no value");
+        EXPECT_EQ(result, *value && std::string(value) != "no value");
         EXPECT_TRUE(appCloseRegKey(key));
         return value;
     }
@@ -45,7 +45,7 @@ TEST_F(AppRegistry, OpensAKeyBySelectorAndReadsItsTexts) {
     EXPECT_EQ(read(text("OTHER\\deep"), "Name"), "deep");
     EXPECT_EQ(read(4, "Base"), "here") << "a number without a module: the fixed key itself";
     EXPECT_EQ(read(text(""), "Base"), "here");
-    EXPECT_EQ(read(2, "Port"), "no value") << "a number";
+    EXPECT_EQ(read(2, "Port"), "") << "a number";
     EXPECT_EQ(read(2, MAKEINTRESOURCEA(10006)), "no value") << "a number without a module";
     EXPECT_EQ(read(text("none"), ""), "no key");
     EXPECT_EQ(read(text(std::string(300, 'x').c_str()), ""), "no key") << "too long";

@@ -118,7 +118,7 @@ bool RegistryTree::hasRoom(std::uint64_t blocks, std::uint64_t slots) const {
 // The former slots are given back first: the records tell all that they did.
 bool RegistryTree::growSlots() {
     if (filled_ + 1 <= slots_.size() / 8 * 7) return true;
-    const std::size_t count = slots_.empty() ? kFirstSlots : slots_.size() + slots_.size() / 2;
+    const std::size_t count = slots_.empty() ? kFirstSlots : slots_.size() + slots_.size() / 4;
     if (count > kNone || !hasRoom(blocks_.size(), count)) return false;
     std::vector<Entry>().swap(slots_);
     std::vector<std::uint8_t>().swap(marks_);

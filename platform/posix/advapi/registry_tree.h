@@ -17,8 +17,8 @@ struct RegistryValue {
 };
 
 /// Names are given as foldedName has them: letter case does not count. What is done takes time that does not
-/// depend on what is there. All is packed, so that a file's line takes no more than twice its length and a
-/// few bytes; what is removed, or replaced by something of another length, keeps its memory, which is less.
+/// depend on what is there. All is packed, so that a line of a file takes hardly more than twice its length.
+/// What is removed, or replaced by something of another length, keeps the room of its record.
 class RegistryTree {
   public:
     using Entry = std::uint32_t;
