@@ -101,12 +101,22 @@ TEST(ProfileCommand, GetShowsWhatTheLibraryReads) {
         return "Z:" + parent + "\\dark.tif\n";
     }());
     EXPECT_EQ(folder.read("lab.ini"), kLab);
+    // Longer than the pieces in which it is written.
+    std::string longText;
+    while (longText.size() < 60000)
+        longText += "Ä日\\";
+    folder.write("long.ini", "\xEF\xBB\xBF[S]\nA=" + longText + "\n");
+    const std::vector<std::pair<std::string, std::string>> utf8 = {{"KORUTIL_CODEPAGE", "65001"}};
+    EXPECT_EQ(
+        run(folder, Call{.arguments = {"profile", "get", "long.ini", "S", "A"}, .environment = utf8}).out,
+        longText + '\n');
 }
 
 TEST(ProfileCommand, ListsAndSections) {
     const WorkFolder folder;
     folder.write("lab.ini", "[Camera]\nGain=0.46\nEmpty=\nName=\xC4\ngain=2\n[Stage]\n[camera]\nHidden=1\n");
     folder.write("user.ini", kUser);
+    folder.write("odd.ini", "[S]\nA=\1C:\\x01\\xyz\n");
     const Case cases[] = {
         {{"profile", "list", "lab.ini", "camera"}, 0, "Gain=0.46\nEmpty=\nName=Ä\n", ""},
         {{"profile", "list", "user.ini", "Camera", "--application", "lab.ini", "--origin"},
@@ -127,6 +137,7 @@ TEST(ProfileCommand, ListsAndSections) {
          "  {\"key\":\"Own\",\"value\":\"1\",\"file\":\"user.ini\"}\n]}\n",
          ""},
         {{"profile", "list", "lab.ini", "none"}, 1, "", "lab.ini: there is no section [none]"},
+        {{"profile", "list", "odd.ini", "S"}, 0, "A=\\x01C:\\x5Cx01\\xyz\n", ""},
         {{"profile", "sections", "lab.ini"}, 0, "Camera\nStage\n", ""},
         {{"profile", "sections", "user.ini", "--application", "lab.ini", "--json"},
          0,
@@ -212,6 +223,13 @@ TEST(ProfileCommand, WhatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(readOnly.status, 1);
     EXPECT_TRUE(readOnly.err.starts_with("korutil: a.ini: Access is denied")) << readOnly.err;
     EXPECT_EQ(folder.read("a.ini"), kUser);
+    ::chmod(folder.path("a.ini").c_str(), 0644);
+    std::string many = "1";
+    while (many.size() < 520)
+        many += ",1";
+    // What cannot be read back leaves the value that is there.
+    EXPECT_EQ(run(folder, {"profile", "set", "a.ini", "camera", "Own", many, "--doubles"}).status, 1);
+    EXPECT_EQ(folder.read("a.ini"), kUser);
     EXPECT_EQ(folder.names(), std::vector<std::string>{"a.ini"});
 }
 
@@ -239,9 +257,19 @@ TEST(ProfileCommand, DiffComparesWhatIsRead) {
          "  {\"section\":\"s\",\"key\":\"C\",\"a\":null,\"b\":\"\"},\n"
          "  {\"section\":\"U\",\"key\":\"A\",\"a\":null,\"b\":\"1\"}\n]\n",
          ""},
-        {{"profile", "diff", "a.ini", "none.ini"}, 1, "", "none.ini: No such file or directory"},
+        {{"profile", "diff", "a.ini", "none.ini"}, 2, "", "none.ini: No such file or directory"},
     };
     expectAll(folder, cases);
+    const std::string unicode = "\xEF\xBB\xBF[S]\nA=\xE6\x97";
+    folder.write("a.ini", unicode + "\xA5\n");
+    folder.write("b.ini", unicode + "\xA6\n");
+    const Case unlike[] = {{{"profile", "diff", "a.ini", "a.ini"}, 0, "", ""},
+                           {{"profile", "diff", "a.ini", "b.ini"},
+                            2,
+                            "",
+                            "a.ini: code page 1252 cannot express U+65E5 '日'; the files cannot be compared"},
+                           {{"profile", "check", "none.ini"}, 2, "", "none.ini: No such file or directory"}};
+    expectAll(folder, unlike);
 }
 
 TEST(ProfileCommand, CheckNamesWhatIsNotReadAsWritten) {

@@ -59,10 +59,21 @@ TEST(TreeProfile, ReplacesItsSectionsAndNoOthers) {
     const WorkFolder folder;
     folder.write("map.json", kMap);
     store(folder, kTree);
-    const std::string other = "; note\r\n[Setups]\r\nTitle.Str=kept\r\n";
-    folder.write("p.ini", other + "[SETUP.old]\r\nA=1\r\n[setup]\r\nBits.Int=5\r\nSize.Int=5\r\n");
+    const std::string other = "; note\r\n[Setups]\r\nTitle.Str=kept\r\n[SETUP.old]\r\nA=1\r\n";
+    folder.write("p.ini", other + "[setup]\r\nBits.Int=5\r\nSize.Int=5\r\n");
     EXPECT_EQ(run(folder, convert("to-profile", "t.tag", "p.ini")).err, "");
     EXPECT_EQ(folder.read("p.ini"), other + kProfile);
+    folder.write("map2.json", R"({"id":9,"name":"Setup","keys":{"1":{"name":"Camera"},"2":"Bits"}})");
+    store(folder, R"({"id":9,"type":"section","children":[]})");
+    const Outcome outcome = run(folder, {"tree", "to-profile", "t.tag", "p.ini", "--keys", "map2.json"});
+    EXPECT_EQ(outcome.status, 3);
+    std::string removed;
+    for (const char* key : {"Title.Str", "Gain.Flt", "Marks.FltA", "Driver.MVer", "Driver.Mem"})
+        removed +=
+            std::string("korutil: p.ini: [Setup] ") + key + ": it was no entry of a tree, and was removed\n";
+    EXPECT_EQ(outcome.err,
+              removed + "korutil: p.ini: [Setup.Camera]: the tree has no such section; it was removed\n");
+    EXPECT_EQ(folder.read("p.ini"), other + "[Setup.Camera.Sub]\r\nVersion=0\r\n[Setup]\r\nVersion=0\r\n");
 }
 
 TEST(TreeProfile, TellsWhatIsNotRestored) {
@@ -72,34 +83,77 @@ TEST(TreeProfile, TellsWhatIsNotRestored) {
     store(folder, R"({"id":9,"type":"section","children":[
         {"id":1,"type":"string","value":")" +
                       text + R"("},{"id":6,"type":"point","value":[1,2]},
-        {"id":2,"type":"long","value":1},{"id":2,"type":"double","value":2},
+        {"id":2,"type":"long","value":1},{"id":2,"type":"double","value":2},{"id":2,"type":"long","value":3},
         {"id":3,"type":"double","value":0.20634920634920634},
         {"id":5,"type":"other","word":"0x10000099","value":"00"},
         {"id":7,"type":"section","children":[{"id":1,"type":"string","value":" a "}]}]})");
     const Outcome outcome = run(folder, convert("to-profile", "t.tag", "p.ini"));
-    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(
         outcome.err,
         "korutil: p.ini: [Setup] Title.Str: only the first 259 of 300 characters are kept\n"
         "korutil: p.ini: [Setup] Size.Pt: a point is written, but not read back\n"
         "korutil: p.ini: [Setup] Bits.Flt: another entry of this id and kind stands before it; only the "
-        "first is read\n"
+        "first counts\n"
+        "korutil: p.ini: [Setup] Bits.Int: another entry of this id and kind stands before it; only the "
+        "first counts\n"
         "korutil: p.ini: [Setup] Driver.?: the type word 0x10000099 has no form in settings\n"
         "korutil: p.ini: [Setup.Camera] Name.Str: is read back as 'a'\n"
         "korutil: p.ini: [Setup]: numbers that lose digits beyond the 15 that are kept: 1\n");
-    folder.write("p.ini",
-                 "[Setup]\nversion=1\nTitle.Str=a\nSize.Pt=1,2\nNone.Int=1\nTitle=1\nDriver.MVer=1\n"
-                 "Bits.Int=7\nBits.Flt=8\n");
-    const Outcome back = run(folder, convert("from-profile", "p.ini", "t.tag"));
-    EXPECT_EQ(back.status, 0);
-    EXPECT_EQ(
-        back.err,
-        "korutil: p.ini: [Setup] Size.Pt: a point is not read back\n"
-        "korutil: p.ini: [Setup] None.Int: 'None' is not in the key map\n"
-        "korutil: p.ini: [Setup] Title: it is no entry of a tree\n"
-        "korutil: p.ini: [Setup] Driver.MVer: there is no block of bytes to this version\n"
-        "korutil: p.ini: [Setup] Bits.Flt: it was not read: it is no value of its type, another entry of "
-        "its id came first, or it lies behind the 16384 bytes that are read of a section\n");
+}
+
+TEST(TreeProfile, TellsWhatOfAFileIsNotRead) {
+    const WorkFolder folder;
+    folder.write("map.json", kMap);
+    struct Line {
+        std::string text;
+        std::string reason;  // of all behind "[Setup] KEY: "; empty when it is read as it stands
+    };
+    const std::string another = "another entry of this id and kind stands before it; only the first counts";
+    const Line lines[] = {
+        {"version=1x", "'1x' is read as 1"},
+        {"title.STR=\"a\"", ""},
+        {"Title.Str=b", another},
+        {"Size.Pt=1,2", "a point is not read back"},
+        {"None.Int=1", "'None' is not in the key map"},
+        {"Title=1", "it is no entry of a tree"},
+        {"Bits.Int=12abc", "'12abc' is read as 12"},
+        {"Bits.Flt=8", another},
+        {"Gain.Flt=zz", "'zz' is read as 0"},
+        {"Marks.FltA=1,2,x,4", "'1,2,x,4': only the first 2 numbers are read"},
+        {"Driver.MVer=1", ""},
+        {"Driver.Mem=0G", "'0G' is no row of hexadecimal digit pairs"},
+        {"Driver.mem=0AB", "'0AB': the last digit is one of no pair, and is not read"},
+        {"Size.MVer=1", "there is no block of bytes to this version"},
+        {"alone", "there is no '='"},
+        {"Camera.Sec=Camera", ""},
+    };
+    std::string file = "[Setup]\n";
+    std::string expected;
+    const auto told = [&expected](const std::string& what) {
+        expected += "korutil: p.ini: [Setup" + what + '\n';
+    };
+    for (const Line& line : lines) {
+        file += line.text + '\n';
+        if (!line.reason.empty()) told("] " + line.text.substr(0, line.text.find('=')) + ": " + line.reason);
+    }
+    told(".Old]: it is not read: no entry with .Sec leads to it");
+    told(".Camera]: it stands there several times; only the first is read");
+    folder.write("p.ini", file + "[Setup.Camera]\nName.Str=\n[Other]\nA\n[Setup.Old]\nA=1\n[Setup.Camera]\n");
+    const Outcome outcome = run(folder, convert("from-profile", "p.ini", "t.tag"));
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.err, expected);
+
+    folder.write("p.ini", "[Setup]\nTitle.Str=" + std::string(16365, 'x') + "\nBits.Int=5\nGain.Flt=1\n");
+    expected.clear();
+    told("] Bits.Int: it is cut at the 16384 bytes that are read of a section");
+    told("] Gain.Flt: it lies behind the 16384 bytes that are read of a section");
+    EXPECT_EQ(run(folder, convert("from-profile", "p.ini", "t.tag")).err, expected);
+
+    folder.write("p.ini", "\xEF\xBB\xBF[Setup]\nTitle.Str=\xE6\x97\xA5\n");
+    expected.clear();
+    told("] Title.Str: code page 1252 cannot express U+65E5 '日'");
+    EXPECT_EQ(run(folder, convert("from-profile", "p.ini", "t.tag")).err, expected);
 }
 
 TEST(TreeProfile, RefusesAndLeavesTheFileAsItWas) {

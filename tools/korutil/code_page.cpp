@@ -129,9 +129,14 @@ std::string quoted(const std::vector<Unit>& units) {
 }
 
 std::string toUtf8(std::string_view bytes) {
+    const UINT page = GetACP();
     std::string text;
-    for (const Unit& unit : decode(bytes))
-        utf8::append(text, unit.code);
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const First decoded = decodeOne(bytes, page);
+        utf8::append(text, decoded.unit.code);
+        bytes.remove_prefix(decoded.length);
+    }
     return text;
 }
 

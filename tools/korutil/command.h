@@ -19,6 +19,7 @@ struct Command {
     std::string_view help;      ///< paragraphs for `korutil NAME --help`
     std::span<const Option> options;
     ExitStatus (*run)(const Arguments&, Output&);  ///< returns when done, else throws
+    ExitStatus failed = kFailed;                   ///< the status of a failure
 };
 
 /// All commands, in the order of the help.

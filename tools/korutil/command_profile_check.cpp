@@ -19,7 +19,7 @@ constexpr std::string_view kHelp =
     "behind it, blanks and quotes that reading takes off, comments behind values, names and values that are\n"
     "longer than readers take, zero bytes, characters that the code page lacks, UTF-8 that is not marked as\n"
     "such. What seems right is also read through the library and compared. The exit status is 1 when\n"
-    "something was found.\n";
+    "something was found, and 2 when the file could not be checked.\n";
 
 ExitStatus run(const Arguments& arguments, Output& output) {
     const FileArgument file = existingFile(arguments.operand(0));
@@ -45,7 +45,7 @@ ExitStatus run(const Arguments& arguments, Output& output) {
 }  // namespace
 
 const Command kProfileCheck = {
-    "profile check", "FILE",   1,  "Finds what in a settings file will not be read as it is written",
-    kHelp,           kOptions, run};
+    "profile check", "FILE",   1,   "Finds what in a settings file will not be read as it is written",
+    kHelp,           kOptions, run, kNoAnswer};
 
 }  // namespace kor::command

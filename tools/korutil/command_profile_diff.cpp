@@ -2,9 +2,10 @@
 #include <unordered_set>
 #include <vector>
 
-#include "tools/korutil/code_page.h"
 #include "tools/korutil/command_table.h"
 #include "tools/korutil/input.h"
+#include "tools/korutil/long_text.h"
+#include "tools/korutil/profile_content.h"
 #include "tools/korutil/profile_form.h"
 #include "tools/korutil/profile_options.h"
 
@@ -20,7 +21,8 @@ constexpr std::string_view kHelp =
     "Compares what the library reads from two settings files, not their lines: order, letter case of names,\n"
     "comments, blanks, quotes and lines that are not read make no difference. A value that only A has is\n"
     "shown with -, one that only B has with +. The exit status is 0 when both hold the same settings (when\n"
-    "the files differ all the same, a line says so) and 1 when they do not.\n";
+    "the files differ all the same, a line says so), 1 when they do not, and 2 when they could not be\n"
+    "compared: also Unicode files that are read alike, but hold characters that the code page lacks.\n";
 
 using Value = std::optional<Setting>;
 
@@ -49,27 +51,47 @@ void forDifferences(const Settings& a, const Settings& b, Use use) {
     }
 }
 
-std::string valueAsJson(const Value& value) { return value ? profile::jsonText(value->value) : "null"; }
+void writeValueAsJson(Output& output, const Value& value) {
+    if (value)
+        writeJsonText(output, value->value);
+    else
+        output.write("null");
+}
+
+// Why two files whose settings are read alike may differ all the same: characters that the code page lacks
+// are all read as one.
+void checkComparable(const Settings& settings) {
+    const profile::Content content(readInput(settings.native()));
+    const std::string fault = content.faultInSettings();
+    if (!fault.empty()) throw Failure(settings.shown(), fault + "; the files cannot be compared");
+}
 
 class TextWriter {
   public:
     explicit TextWriter(Output& output) : output_(output) {}
 
     void operator()(const std::string& section, const std::string& key, const Value& a, const Value& b) {
-        if (!section_ || *section_ != section) line("[" + section + "]");
+        if (!section_ || *section_ != section) line("[", section, "]");
         section_ = section;
-        if (a) line("-" + key + '=' + a->value);
-        if (b) line("+" + key + '=' + b->value);
+        if (a) line("-", key, "=", a->value);
+        if (b) line("+", key, "=", b->value);
     }
 
   private:
-    void line(const std::string& text) { output_.write(oneLine(code_page::toUtf8(text)) + '\n'); }
+    void line(std::string_view before, std::string_view name, std::string_view behind,
+              std::string_view value = {}) {
+        output_.write(before);
+        writeLine(output_, name);
+        output_.write(behind);
+        writeLine(output_, value);
+        output_.write("\n");
+    }
 
     Output& output_;
     std::optional<std::string> section_;
 };
 
-ExitStatus compareAsText(const Arguments& arguments, const Settings& a, const Settings& b, Output& output) {
+ExitStatus compareAsText(const Settings& a, const Settings& b, Output& output) {
     bool isSame = true;
     TextWriter writer(output);
     forDifferences(a, b, [&](const auto&... difference) {
@@ -77,8 +99,9 @@ ExitStatus compareAsText(const Arguments& arguments, const Settings& a, const Se
         writer(difference...);
     });
     if (!isSame) return kAnswerIsNo;
-    if (!isSameFile(arguments.operand(0), arguments.operand(1)) &&
-        readInput(arguments.operand(0)) != readInput(arguments.operand(1))) {
+    if (!hasSameBytes(a.native(), b.native())) {
+        checkComparable(a);
+        checkComparable(b);
         output.write(oneLine(a.shown()) + " and " + oneLine(b.shown()) +
                      " hold the same settings, written differently\n");
     }
@@ -92,11 +115,21 @@ ExitStatus compareAsJson(const Settings& a, const Settings& b, Output& output) {
         a, b,
         [&](const std::string& section, const std::string& key, const Value& first, const Value& second) {
             isSame = false;
-            output.write(separator + ("{\"section\":" + profile::jsonText(section)) +
-                         ",\"key\":" + profile::jsonText(key) + ",\"a\":" + valueAsJson(first) +
-                         ",\"b\":" + valueAsJson(second) + '}');
+            output.write(separator + std::string("{\"section\":"));
+            writeJsonText(output, section);
+            output.write(",\"key\":");
+            writeJsonText(output, key);
+            output.write(",\"a\":");
+            writeValueAsJson(output, first);
+            output.write(",\"b\":");
+            writeValueAsJson(output, second);
+            output.write("}");
             separator = ",\n  ";
         });
+    if (isSame && !hasSameBytes(a.native(), b.native())) {
+        checkComparable(a);
+        checkComparable(b);
+    }
     output.write(isSame ? "[]\n" : "\n]\n");
     return isSame ? kDone : kAnswerIsNo;
 }
@@ -104,12 +137,12 @@ ExitStatus compareAsJson(const Settings& a, const Settings& b, Output& output) {
 ExitStatus run(const Arguments& arguments, Output& output) {
     const Settings a = Settings::ofFile(arguments.operand(0));
     const Settings b = Settings::ofFile(arguments.operand(1));
-    return arguments.has("json") ? compareAsJson(a, b, output) : compareAsText(arguments, a, b, output);
+    return arguments.has("json") ? compareAsJson(a, b, output) : compareAsText(a, b, output);
 }
 
 }  // namespace
 
-const Command kProfileDiff = {"profile diff", "A B",    2,  "Compares the settings of two files",
-                              kHelp,          kOptions, run};
+const Command kProfileDiff = {"profile diff", "A B",    2,   "Compares the settings of two files",
+                              kHelp,          kOptions, run, kNoAnswer};
 
 }  // namespace kor::command

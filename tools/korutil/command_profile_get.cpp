@@ -1,5 +1,6 @@
+#include <utility>
+
 #include "tools/korutil/command_table.h"
-#include "tools/korutil/json.h"
 #include "tools/korutil/profile_form.h"
 #include "tools/korutil/profile_options.h"
 
@@ -33,16 +34,19 @@ ExitStatus run(const Arguments& arguments, Output& output) {
     const std::string section = profile::sectionNamed(arguments.operand(1));
     const std::string key = profile::keyNamed(arguments.operand(2));
     const profile::Settings settings = settingsOf(arguments);
-    const profile::Setting setting = settings.require(section, key);
-    const profile::Shown shown = profile::readAs(form, settings, section, key, setting);
-    if (arguments.has("json")) {
-        output.write("{\"section\":" + profile::jsonText(section) + ",\"key\":" + profile::jsonText(key) +
-                     ",\"value\":" + shown.json + ",\"file\":" + fileAsJson(setting) + "}\n");
-    } else {
-        output.write(shown.text);
-        if (arguments.has("origin")) output.write('\t' + oneLine(setting.file->shown));
-        output.write("\n");
-    }
+    profile::Setting setting = settings.require(section, key);
+    const FileArgument& file = *setting.file;
+    const std::string fileShown = fileAsJson(setting);
+    const bool asJson = arguments.has("json");
+    const std::string before = asJson ? "{\"section\":" + profile::jsonText(section) +
+                                            ",\"key\":" + profile::jsonText(key) + ",\"value\":"
+                                      : "";
+    profile::writeAs(output, before, form, asJson, settings, section, key, std::move(setting));
+    if (asJson)
+        output.write(",\"file\":" + fileShown + '}');
+    else if (arguments.has("origin"))
+        output.write('\t' + oneLine(file.shown));
+    output.write("\n");
     return kDone;
 }
 

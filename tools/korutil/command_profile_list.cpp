@@ -3,6 +3,7 @@
 
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/command_table.h"
+#include "tools/korutil/long_text.h"
 #include "tools/korutil/profile_form.h"
 #include "tools/korutil/profile_options.h"
 #include "tools/korutil/utf8.h"
@@ -23,57 +24,64 @@ constexpr std::string_view kListHelp =
 constexpr std::string_view kSectionsHelp =
     "Shows the names of the sections, one a line; of several sections of one name the first.\n";
 
-struct Row {
-    std::string key;
-    std::string value;
-    std::string file;
-};
-
-std::vector<Row> rowsOf(const profile::Settings& settings, const std::string& section) {
-    std::vector<Row> rows;
+// Calls `use` with each key of a section and its setting.
+template <class Use>
+void forSettings(const profile::Settings& settings, const std::string& section, Use use) {
     for (const std::string& key : settings.keys(section)) {
         const auto setting = settings.find(section, key);
-        if (!setting) continue;  // a line that is no setting, or one that went meanwhile
-        rows.push_back({oneLine(code_page::toUtf8(key)), oneLine(code_page::toUtf8(setting->value)),
-                        oneLine(setting->file->shown)});
+        if (setting) use(key, *setting);  // else a line that is no setting, or one that went meanwhile
     }
-    return rows;
 }
 
-std::string padded(std::string text, std::size_t width) {
-    const std::size_t taken = utf8::count(text);
-    return taken < width ? text.append(width - taken, ' ') : text;
+// How many characters a text is shown with, or enough to fill a column.
+std::size_t widthOf(std::string_view bytes) {
+    constexpr std::size_t kEnoughBytes = 4 * kWidestColumn;
+    return std::min(utf8::count(oneLine(code_page::toUtf8(bytes.substr(0, kEnoughBytes)))), kWidestColumn);
 }
 
-std::size_t widthOf(const std::vector<Row>& rows, std::string Row::*column) {
-    std::size_t width = 5;
-    for (const Row& row : rows)
-        width = std::max(width, std::min(utf8::count(row.*column), kWidestColumn));
-    return width;
+void writeCell(Output& output, std::string_view bytes, std::size_t width) {
+    writeLine(output, bytes);
+    output.write(std::string(width - std::min(width, widthOf(bytes)) + 2, ' '));
 }
 
-void writeTable(const std::vector<Row>& rows, Output& output) {
-    const std::size_t keyWidth = widthOf(rows, &Row::key);
-    const std::size_t valueWidth = widthOf(rows, &Row::value);
-    const auto line = [&](const Row& row) {
-        output.write(padded(row.key, keyWidth) + "  " + padded(row.value, valueWidth) + "  " + row.file +
-                     '\n');
+void writeTable(const profile::Settings& settings, const std::string& section, Output& output) {
+    std::size_t keyWidth = 5;
+    std::size_t valueWidth = 5;
+    forSettings(settings, section, [&](const std::string& key, const profile::Setting& setting) {
+        keyWidth = std::max(keyWidth, widthOf(key));
+        valueWidth = std::max(valueWidth, widthOf(setting.value));
+    });
+    const auto line = [&](std::string_view key, std::string_view value, std::string_view file) {
+        writeCell(output, key, keyWidth);
+        writeCell(output, value, valueWidth);
+        output.write(oneLine(file) + '\n');
     };
-    line({"key", "value", "from"});
-    for (const Row& row : rows)
-        line(row);
+    line("key", "value", "from");
+    forSettings(settings, section, [&](const std::string& key, const profile::Setting& setting) {
+        line(key, setting.value, setting.file->shown);
+    });
+}
+
+void writeText(const profile::Settings& settings, const std::string& section, Output& output) {
+    forSettings(settings, section, [&](const std::string& key, const profile::Setting& setting) {
+        writeLine(output, key);
+        output.write("=");
+        writeLine(output, setting.value);
+        output.write("\n");
+    });
 }
 
 void writeJson(const profile::Settings& settings, const std::string& section, Output& output) {
     output.write("{\"section\":" + profile::jsonText(section) + ",\"entries\":[");
     const char* separator = "\n  ";
-    for (const std::string& key : settings.keys(section)) {
-        const auto setting = settings.find(section, key);
-        if (!setting) continue;
-        output.write(separator + ("{\"key\":" + profile::jsonText(key)) + ",\"value\":" +
-                     profile::jsonText(setting->value) + ",\"file\":" + fileAsJson(*setting) + '}');
+    forSettings(settings, section, [&](const std::string& key, const profile::Setting& setting) {
+        output.write(separator + std::string("{\"key\":"));
+        writeJsonText(output, key);
+        output.write(",\"value\":");
+        writeJsonText(output, setting.value);
+        output.write(",\"file\":" + fileAsJson(setting) + '}');
         separator = ",\n  ";
-    }
+    });
     output.write("\n]}\n");
 }
 
@@ -86,13 +94,10 @@ ExitStatus runList(const Arguments& arguments, Output& output) {
         writeJson(settings, section, output);
         return kDone;
     }
-    const std::vector<Row> rows = rowsOf(settings, section);
-    if (arguments.has("origin")) {
-        writeTable(rows, output);
-    } else {
-        for (const Row& row : rows)
-            output.write(row.key + '=' + row.value + '\n');
-    }
+    if (arguments.has("origin"))
+        writeTable(settings, section, output);
+    else
+        writeText(settings, section, output);
     return kDone;
 }
 
@@ -102,7 +107,13 @@ ExitStatus runSections(const Arguments& arguments, Output& output) {
     const char* separator = "";
     if (asJson) output.write("[");
     for (const std::string& name : settings.sections()) {
-        output.write(asJson ? separator + profile::jsonText(name) : oneLine(code_page::toUtf8(name)) + '\n');
+        if (asJson) {
+            output.write(separator);
+            writeJsonText(output, name);
+        } else {
+            writeLine(output, name);
+            output.write("\n");
+        }
         separator = ",";
     }
     if (asJson) output.write("]\n");

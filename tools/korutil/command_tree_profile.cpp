@@ -1,3 +1,9 @@
+#include <unistd.h>
+
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
 #include "korutil/profile.h"
 #include "platform/win32.h"
 #include "tools/korutil/code_page.h"
@@ -5,7 +11,10 @@
 #include "tools/korutil/input.h"
 #include "tools/korutil/library_failure.h"
 #include "tools/korutil/profile_scratch.h"
+#include "tools/korutil/profile_section_lines.h"
+#include "tools/korutil/profile_suffix.h"
 #include "tools/korutil/profile_tree.h"
+#include "tools/korutil/replace_file.h"
 #include "tools/korutil/tree_file.h"
 
 namespace kor::command {
@@ -27,15 +36,21 @@ constexpr std::array kOptions = {
 
 constexpr std::string_view kToHelp =
     "The tree's sections become sections of PROFILE (Setup, Setup.Camera), its entries keys with a suffix\n"
-    "for the type (Title.Str, Bits.Int). Sections of these names that PROFILE has are replaced, the rest of\n"
-    "it stays; PROFILE is made when it is missing, and replaced in one atomic step.\n"
+    "for the type (Title.Str, Bits.Int). The sections of PROFILE that the tree has are replaced, and\n"
+    "those that only MAP names are removed; comments and everything else in it stay. PROFILE is made when\n"
+    "it is missing, and replaced in one atomic step.\n"
     "\n"
     "What was written is read back: what will not be restored (points; texts and lists of numbers beyond\n"
-    "259 characters; more than 15 digits; blanks at a text's ends) is told on standard error.\n" KOR_MAP_HELP;
+    "259 characters; more than 15 digits; blanks at a text's ends) is told on standard error, and so are "
+    "the\n"
+    "sections that were removed, and in those that were replaced the keys that are no entries of a tree. "
+    "The\n"
+    "exit status is then 3.\n" KOR_MAP_HELP;
 
 constexpr std::string_view kFromHelp =
     "TREEFILE is made, or replaced in one atomic step, from the sections of PROFILE that to-profile writes.\n"
-    "Keys that do not become an entry are told on standard error.\n" KOR_MAP_HELP;
+    "What of these sections does not become an entry, or one of another value than it stands there, is told\n"
+    "on standard error, with exit status 3.\n" KOR_MAP_HELP;
 
 #undef KOR_MAP_HELP
 
@@ -48,26 +63,97 @@ profile::KeyMap keyMapOf(const Arguments& arguments) {
     }
 }
 
-profile::Loss warningsAbout(const std::string& file) {
-    return [file](const std::string& entry, const std::string& reason) {
-        reportLine(file + ": " + entry + ": " + reason);
-    };
+// Tells losses, and counts them.
+class Losses {
+  public:
+    explicit Losses(std::string file) : file_(std::move(file)) {}
+
+    profile::Loss teller() {
+        return [this](const std::string& entry, const std::string& reason) {
+            reportLine(file_ + ": " + entry + ": " + reason);
+            isAny_ = true;
+        };
+    }
+    ExitStatus status() const { return isAny_ ? kIncomplete : kDone; }
+
+  private:
+    std::string file_;
+    bool isAny_ = false;
+};
+
+using Told = std::vector<std::pair<std::string, std::string>>;
+
+// Keys of a section that is replaced which no tree of this map can have.
+void addOtherKeys(const profile::Settings& settings, const std::string& section, int id,
+                  const profile::KeyMap& map, Told& told) {
+    for (const std::string& key : settings.keys(section)) {
+        const profile::SplitKey split(key);
+        if (profile::folded(key) == "version" || (split.suffix && map.idOf(id, std::string(split.name))))
+            continue;
+        told.emplace_back(profile::entryShown(section, key), "it was no entry of a tree, and was removed");
+    }
 }
 
-// Removes the sections that a tree of the map has in a file: the root's, and those below it.
-void removeSections(const std::string& native, const profile::KeyMap& map, std::string_view shown) {
+// Removes the sections of the tree, and those that the map has names for.
+Told removeSections(const std::string& native, const profile::KeyMap& map,
+                    const std::vector<profile::SectionLines>& written, std::string_view shown) {
     const profile::Settings settings = profile::Settings::ofFile(native);
-    const std::string root = profile::folded(map.rootName());
-    for (const std::string& name : settings.sections()) {
-        const std::string section = profile::folded(name);
-        if (section != root && !section.starts_with(root + '.')) continue;
+    std::unordered_set<std::string> ours;
+    for (const profile::SectionLines& section : written)
+        ours.insert(profile::folded(section.name));
+    Told told;
+    std::unordered_set<std::string> removed;
+    for (const std::string& name : settings.sectionLines()) {
+        const auto place = map.placeOf(name);
+        const bool isOurs = ours.contains(profile::folded(name));
+        if (!place || (!isOurs && !place->isSection)) continue;
+        if (!removed.insert(profile::folded(name)).second) {
+            throw Failure(shown, "section [" + code_page::toUtf8(name) +
+                                     "] stands there several times; see korutil profile check");
+        }
+        if (isOurs)
+            addOtherKeys(settings, name, place->id, map, told);
+        else
+            told.emplace_back('[' + code_page::toUtf8(name) + ']',
+                              "the tree has no such section; it was removed");
         if (!appWriteProfileString(name.c_str(), nullptr, nullptr, settings.selector(), nullptr))
             throw Failure(shown, reasonOf(GetLastError()));
     }
-    for (const std::string& name : settings.sections()) {
-        if (profile::folded(name) == root || profile::folded(name).starts_with(root + '.'))
-            throw Failure(shown,
-                          "section [" + name + "] stands there several times; see korutil profile check");
+    return told;
+}
+
+// Puts the sections into the target, and reads them back.
+Told storeSections(const FileArgument& target, const profile::KeyMap& map,
+                   const std::vector<profile::SectionLines>& sections, profile::MappedTree& restored) {
+    const profile::ScratchProfile scratch(target);
+    Told told;
+    if (target.found) told = removeSections(scratch.native(), map, sections, target.shown);
+    // Each write is one of the whole file: the lines of the first section are those of all.
+    std::string lines;
+    for (const profile::SectionLines& section : sections) {
+        if (&section != &sections.front()) (lines += '[' + section.name + ']') += '\0';
+        lines += section.lines;
+    }
+    if (!WritePrivateProfileSectionA(sections.front().name.c_str(), lines.c_str(), scratch.path().c_str()))
+        throw Failure(target.shown, reasonOf(GetLastError()));
+    restored.AttachToProfile(scratch.path().c_str());
+    restored.ReadTree();
+    scratch.commit();
+    return told;
+}
+
+// A file that others write all the time is free sooner or later.
+Told storeWithPatience(const Arguments& arguments, const profile::KeyMap& map,
+                       const std::vector<profile::SectionLines>& sections, profile::MappedTree& restored) {
+    constexpr int kMostTries = 20;
+    for (int tries = 1;; ++tries) {
+        try {
+            return storeSections(targetFile(arguments.operand(1)), map, sections, restored);
+        } catch (const ChangedMeanwhile&) {
+            if (tries == kMostTries) throw;
+        }
+        restored.DeleteChildren();
+        ::usleep(static_cast<useconds_t>(tries) * 1000);
     }
 }
 
@@ -77,23 +163,20 @@ ExitStatus runTo(const Arguments& arguments, Output&) {
     const FileArgument target = targetFile(arguments.operand(1));
     if (isSameFile(source.native, target.native)) throw Failure(target.shown, "it is the tree's file itself");
     tree::StoredTree stored(source, 0, tree::Blocks::kInMemory);
-    const profile::ScratchProfile scratch(target);
+    Losses losses(target.shown);
     guarded(target.shown, [&] {
         profile::MappedTree written(map);
         tree::setRoot(written, stored.root().GetTagID(), tree::typeWordOf(stored.root()));
         while (stored.root().GetChildCount() > 0)
             written.AddNewKnot(&tree::childOf(stored.root(), 0));
         profile::checkWritable(written, map, source.shown);
-        removeSections(scratch.native(), map, target.shown);
-        written.AttachToProfile(scratch.path().c_str());
-        written.WriteTree();
         profile::MappedTree restored(map);
-        restored.AttachToProfile(scratch.path().c_str());
-        restored.ReadTree();
-        scratch.commit();
-        profile::reportLosses(written, restored, map, warningsAbout(target.shown));
+        const Told told = storeWithPatience(arguments, map, profile::sectionLinesOf(written, map), restored);
+        for (const auto& [entry, reason] : told)
+            losses.teller()(entry, reason);
+        profile::reportLosses(written, restored, map, losses.teller());
     });
-    return kDone;
+    return losses.status();
 }
 
 ExitStatus runFrom(const Arguments& arguments, Output&) {
@@ -105,14 +188,15 @@ ExitStatus runFrom(const Arguments& arguments, Output&) {
     const profile::Settings settings = profile::Settings::ofFile(arguments.operand(0));
     if (!settings.hasSection(map.rootName()))
         throw Failure(source.shown, "there is no section [" + code_page::toUtf8(map.rootName()) + ']');
+    Losses losses(source.shown);
     guarded(target.shown, [&] {
         profile::MappedTree tree(map);
         tree.AttachToProfile(source.path.c_str());
         tree.ReadTree();
         tree::storeTree(tree, target);
-        profile::reportUnread(settings, tree, map, warningsAbout(source.shown));
+        profile::reportUnread(settings, tree, map, losses.teller());
     });
-    return kDone;
+    return losses.status();
 }
 
 }  // namespace

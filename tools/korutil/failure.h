@@ -12,7 +12,9 @@ enum ExitStatus : int {
     kDone = 0,
     kFailed = 1,
     kAnswerIsNo = 1,  ///< done, and the answer was written: two files differ, a file has faults
-    kWrongUsage = 2
+    kWrongUsage = 2,
+    kNoAnswer = 2,   ///< of a command whose answer may be no: the failure that left it without an answer
+    kIncomplete = 3  ///< done, but not everything could be kept, which was told
 };
 
 /// Refused or failed: exit status 1.

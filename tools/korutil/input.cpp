@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <fstream>
 #include <vector>
 
 #include "tools/korutil/failure.h"
@@ -52,6 +54,23 @@ std::string readInput(std::string_view argument) {
     if (::fstat(file.number(), &status) == 0 && S_ISDIR(status.st_mode))
         throw Failure(argument, "it is a folder");
     return readAll(file.number(), argument);
+}
+
+bool hasSameBytes(std::string_view first, std::string_view second) {
+    std::ifstream a{std::string(first), std::ios::binary};
+    std::ifstream b{std::string(second), std::ios::binary};
+    std::vector<char> pieceOfA(kPieceSize);
+    std::vector<char> pieceOfB(kPieceSize);
+    for (;;) {
+        a.read(pieceOfA.data(), static_cast<std::streamsize>(kPieceSize));
+        b.read(pieceOfB.data(), static_cast<std::streamsize>(kPieceSize));
+        if (a.bad() || !a.is_open()) throw Failure(first, "it cannot be read");
+        if (b.bad() || !b.is_open()) throw Failure(second, "it cannot be read");
+        if (a.gcount() != b.gcount() ||
+            !std::equal(pieceOfA.begin(), pieceOfA.begin() + a.gcount(), pieceOfB.begin()))
+            return false;
+        if (a.gcount() == 0) return true;
+    }
 }
 
 bool isSameFile(std::string_view first, std::string_view second) {

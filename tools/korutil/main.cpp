@@ -96,7 +96,8 @@ ExitStatus runCommand(const Command& command, std::span<const std::string_view> 
     }
 }
 
-ExitStatus dispatch(std::span<const std::string_view> words, Output& output) {
+// @param failed  receives the status of a failure of the command
+ExitStatus dispatch(std::span<const std::string_view> words, Output& output, ExitStatus& failed) {
     for (const std::string_view word : words) {
         if (!utf8::isValid(word)) throw UsageError("an argument is not UTF-8; see korutil --help");
     }
@@ -123,14 +124,16 @@ ExitStatus dispatch(std::span<const std::string_view> words, Output& output) {
     }
     const Command* command = findCommand(name);
     if (!command) throw UsageError("unknown command '" + name + "'; see korutil --help");
+    failed = command->failed;
     checkCodePage();
     return runCommand(*command, words.subspan(taken), output);
 }
 
 int exitStatusOf(std::span<const std::string_view> words) {
+    ExitStatus failed = kFailed;
     try {
         Output output;
-        const ExitStatus status = dispatch(words, output);
+        const ExitStatus status = dispatch(words, output, failed);
         output.flush();
         return status;
     } catch (const UsageError& error) {
@@ -144,7 +147,7 @@ int exitStatusOf(std::span<const std::string_view> words) {
     } catch (const std::exception& error) {
         reportLine(error.what());
     }
-    return kFailed;
+    return failed;
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ bool writeAll(int descriptor, std::string_view text) {
     return true;
 }
 
+bool isHexDigit(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f'); }
+
 }  // namespace
 
 std::string systemReason(int errorNumber) { return std::strerror(errorNumber); }
@@ -45,7 +47,10 @@ std::string oneLine(std::string_view text) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const bool isFirst =
             byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-        if (byte >= 0x20 && byte != 0x7F && !isFirst && !isSecond) {
+        // A backslash that would read as such a byte becomes one itself, so that the text can be told.
+        const bool isEscapeLike = byte == '\\' && i + 3 < text.size() && text[i + 1] == 'x' &&
+                                  isHexDigit(text[i + 2]) && isHexDigit(text[i + 3]);
+        if (!isEscapeLike && byte >= 0x20 && byte != 0x7F && !isFirst && !isSecond) {
             line += text[i];
         } else {
             line += {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};

@@ -19,7 +19,7 @@ class Output {
 };
 
 /// Makes a line of any text: the bytes of control characters become \xNN, so that no name can forge a second
-/// line.
+/// line, and a backslash in front of x and two hexadecimal digits \x5C, so that the text can be had back.
 std::string oneLine(std::string_view text);
 
 /// Writes one line "korutil: TEXT" to standard error.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/posix/kernel/profile_line.h"
 #include "platform/win32.h"
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/utf8.h"
@@ -84,6 +85,20 @@ std::string Content::faultIn(std::string_view part) const {
                 return byteName(static_cast<unsigned char>(part[0])) + " is no character of " + page;
             part.remove_prefix(first.length);
         }
+    }
+    return {};
+}
+
+std::string Content::faultInSettings() const {
+    for (std::size_t at = 0; isUnicode_ && at < text_.size();) {
+        const ProfileLineSpan span = profileLineAt(text_, at);
+        const ProfileLine line =
+            readProfileLine(std::string_view(text_).substr(span.begin, span.end - span.begin));
+        at = span.next;
+        if (line.kind != ProfileLineKind::section && line.kind != ProfileLineKind::key) continue;
+        std::string fault = faultIn(line.name);
+        if (fault.empty()) fault = faultIn(line.value);
+        if (!fault.empty()) return fault;
     }
     return {};
 }

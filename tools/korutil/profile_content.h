@@ -25,6 +25,9 @@ class Content {
     /// Why the first character of a part that is none is none; empty when there is no such character.
     std::string faultIn(std::string_view part) const;
 
+    /// The same of all section lines and settings of a Unicode file; empty for any other file.
+    std::string faultInSettings() const;
+
     /// A part for messages: UTF-8, cut where it is long.
     std::string shown(std::string_view part) const;
 

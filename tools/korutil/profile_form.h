@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tools/korutil/arguments.h"
+#include "tools/korutil/output.h"
 #include "tools/korutil/profile_settings.h"
 
 namespace kor::profile {
@@ -23,21 +24,21 @@ inline constexpr std::array kFormOptions = {
 /// The form that the options ask for. @throws command::UsageError when they ask for several
 Form formOf(const command::Arguments& arguments);
 
-/// A value as it is shown: UTF-8, and JSON.
-struct Shown {
-    std::string text;
-    std::string json;
-};
-
-/// Reads a value through the library's function for its form.
+/// Reads a value through the library's function for its form, and writes it: UTF-8, or JSON.
+/// @param before   what is written in front of it
 /// @param setting  the value that is there
-/// @throws command::Failure when the text is not of that form as a whole; it names the text, and what the
-///         library makes of it
-Shown readAs(Form form, const Settings& settings, const std::string& section, const std::string& key,
-             const Setting& setting);
+/// @throws command::Failure, before anything is written, when the text is not of that form as a whole; it
+///         names the text, and what the library makes of it
+void writeAs(command::Output& output, std::string_view before, Form form, bool asJson,
+             const Settings& settings, const std::string& section, const std::string& key, Setting setting);
 
-/// Stores a value through the library's function for its form, and sees to it that it is read back.
-/// @param value  UTF-8, a text as it is to be read, or a value as readAs shows it
+/// That a value is of a form. @throws command::Failure as writeAs
+void checkAs(Form form, const Settings& settings, const std::string& section, const std::string& key,
+             Setting setting);
+
+/// Stores a value through the library's function for its form, after it was read back from a copy of the
+/// file: what would not be read as it was given is not stored.
+/// @param value  UTF-8, a text as it is to be read, or a value as writeAs shows it
 /// @throws command::UsageError when it is not of that form; command::Failure
 void storeAs(Form form, const command::FileArgument& file, const std::string& section, const std::string& key,
              std::string_view value);

@@ -1,5 +1,6 @@
 #include "tools/korutil/profile_key_map.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "platform/win32.h"
@@ -79,6 +80,7 @@ void KeyMap::take(const json::Document& document, int section, const json::Value
         }
         checkMembers(document, entry, false);
         add(document, section, id, member(document, entry, "name"));
+        sections_[section].sections.insert(id);
         if (const json::Value* below = entry.find("keys")) take(document, id, *below);
     }
 }
@@ -112,6 +114,23 @@ std::optional<int> KeyMap::idOf(int section, const std::string& name) const {
     const auto id = names->second.ids.find(folded(name));
     if (id == names->second.ids.end()) return std::nullopt;
     return id->second;
+}
+
+std::optional<KeyMap::Place> KeyMap::placeOf(const std::string& sectionName) const {
+    std::string_view rest = sectionName;
+    const auto next = [&rest] {
+        const std::string name(rest.substr(0, rest.find('.')));
+        rest.remove_prefix(std::min(rest.size(), name.size() + 1));
+        return name;
+    };
+    if (folded(next()) != folded(rootName_)) return std::nullopt;
+    Place place{rootId_, true};
+    while (!rest.empty()) {
+        const auto id = idOf(place.id, next());
+        if (!id) return std::nullopt;
+        place = {*id, sections_.at(place.id).sections.contains(*id)};
+    }
+    return place;
 }
 
 MappedTree::MappedTree(const KeyMap& map) : CRootTagTree(static_cast<DWORD>(map.rootId()), 0), map_(map) {}

@@ -12,6 +12,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "korutil/tag_tree.h"
@@ -32,10 +33,19 @@ class KeyMap {
     /// The entry of that name, without regard to case.
     std::optional<int> idOf(int section, const std::string& name) const;
 
+    /// A section of a settings file, told by its name: Setup, Setup.Camera.
+    struct Place {
+        int id = 0;              ///< the section's own
+        bool isSection = false;  ///< the map says that it is one
+    };
+    /// @return nothing for a name that the map does not lead to
+    std::optional<Place> placeOf(const std::string& sectionName) const;
+
   private:
     struct Section {
         std::map<int, std::string> names;
         std::map<std::string, int> ids;  // by folded name
+        std::set<int> sections;          // entries with names of their own
     };
 
     void take(const json::Document& document, int section, const json::Value& keys);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <vector>
 
@@ -7,7 +6,9 @@
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/failure.h"
 #include "tools/korutil/library_failure.h"
+#include "tools/korutil/long_text.h"
 #include "tools/korutil/profile_form.h"
+#include "tools/korutil/profile_number.h"
 #include "tools/korutil/tree_value.h"
 
 namespace kor::profile {
@@ -17,58 +18,24 @@ constexpr std::size_t kLongestDouble = 127;   // characters that appGetProfileDo
 constexpr std::size_t kLongestDoubles = 519;  // and appGetProfileDblArray
 constexpr DWORD kPathsRoom = 32768;
 
-// Digits of a number's part; how many there are.
-std::size_t digitsAt(std::string_view text, std::size_t start) {
-    const std::size_t end = text.find_first_not_of("0123456789", start);
-    return std::min(end, text.size()) - std::min(start, text.size());
-}
-
-// Whether all of a text is a number as settings have it.
-bool isNumber(std::string_view text) {
-    std::size_t at = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
-    for (const std::string_view special : {"1.#INF", "1.#QNAN", "1.#SNAN", "1.#IND"}) {
-        if (text.substr(at) == special) return true;
-    }
-    const std::size_t whole = digitsAt(text, at);
-    at += whole;
-    std::size_t fraction = 0;
-    if (text.substr(at).starts_with('.')) fraction = digitsAt(text, ++at);
-    at += fraction;
-    if (whole + fraction == 0) return false;
-    if (at == text.size()) return true;
-    if (text[at] != 'e' && text[at] != 'E') return false;
-    if (++at < text.size() && (text[at] == '-' || text[at] == '+')) ++at;
-    const std::size_t exponent = digitsAt(text, at);
-    return exponent > 0 && at + exponent == text.size();
-}
-
-bool isWhole32(std::string_view text) {
-    if (text.starts_with('+')) text.remove_prefix(1);
-    if (text.starts_with('+') || text.starts_with("-+")) return false;
-    LONG value = 0;
-    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && rest == text.data() + text.size();
-}
-
-std::string jsonNumber(double value) {
-    const std::string text = tree::doubleText(value);
-    return tree::isSpecial(value) ? '"' + text + '"' : text;
-}
-
 class Reader {
   public:
-    Reader(const Settings& settings, const std::string& section, const std::string& key,
+    Reader(bool asJson, const Settings& settings, const std::string& section, const std::string& key,
            const Setting& setting)
-        : settings_(settings), section_(section.c_str()), key_(key.c_str()), setting_(setting) {}
+        : asJson_(asJson),
+          settings_(settings),
+          section_(section.c_str()),
+          key_(key.c_str()),
+          setting_(setting) {}
 
-    Shown whole() const {
+    std::string whole() const {
         const int value = appGetProfileInt(section_, key_, 0, settings_.selector(), nullptr);
         const std::string text = std::to_string(value);
         if (!isWhole32(setting_.value)) refuse("whole number of 32 bits", "the library reads " + text);
-        return {text, text};
+        return text;
     }
 
-    Shown real() const {
+    std::string real() const {
         const auto read = [&](double other) {
             return appGetProfileDouble(section_, key_, other, settings_.selector(), nullptr);
         };
@@ -79,10 +46,10 @@ class Reader {
                                      : "the library takes it for missing");
         }
         checkLength(kLongestDouble);
-        return {tree::doubleText(value), jsonNumber(value)};
+        return number(value);
     }
 
-    Shown reals() const {
+    std::string reals() const {
         const std::string_view text = setting_.value;
         const auto commas = static_cast<std::size_t>(std::count(text.begin(), text.end(), ','));
         std::vector<double> values(std::min(commas + 1, kLongestDoubles));
@@ -94,48 +61,39 @@ class Reader {
             refuse("list of numbers joined by commas",
                    "the library reads the first " + std::to_string(values.size()));
         checkLength(kLongestDoubles);
-        Shown shown{"", "["};
-        const char* separator = "";
-        for (const double value : values) {
-            shown.text += separator + tree::doubleText(value);
-            shown.json += separator + jsonNumber(value);
-            separator = ",";
-        }
-        shown.json += ']';
-        return shown;
+        std::string shown;
+        for (const double value : values)
+            shown += (shown.empty() ? "" : ",") + number(value);
+        return asJson_ ? '[' + shown + ']' : shown;
     }
 
-    Shown bytes() const {
-        std::string data(setting_.value.size() / 2, '\0');
-        std::string ignored;
-        if (!tree::bytesOfHex(setting_.value, ignored) ||
-            !appGetProfileStruct(section_, key_, data.data(), static_cast<DWORD>(data.size()),
-                                 settings_.selector(), nullptr)) {
-            refuse("row of hexadecimal digit pairs", "the library refuses it");
-        }
-        const std::string text = tree::hexText(data);
-        return {text, '"' + text + '"'};
+    // @param digits  the value; freed before there is room for its bytes
+    std::string bytes(std::string& digits) const {
+        if (!tree::isHex(digits)) refuse("row of hexadecimal digit pairs", "the library refuses it");
+        const std::size_t size = digits.size() / 2;
+        std::string().swap(digits);
+        std::string data(size, '\0');
+        if (!appGetProfileStruct(section_, key_, data.data(), static_cast<DWORD>(data.size()),
+                                 settings_.selector(), nullptr))
+            throw command::Failure(where(), "the library refuses it");
+        return data;
     }
 
-    Shown paths() const {
-        if (setting_.value.empty()) return {"", "\"\""};
+    std::string paths() const {
+        if (setting_.value.empty()) return asJson_ ? "\"\"" : "";
         std::string buffer(kPathsRoom, '\0');
         const int count =
             appGetProfilePaths(section_, key_, "", buffer.data(), kPathsRoom, settings_.selector(), nullptr);
         if (count == 0)
             refuse("path, or not a list of paths, that can be made absolute", "the library refuses it");
         buffer.resize(buffer.find('\0'));
-        return {code_page::toUtf8(buffer), jsonText(buffer)};
+        return asJson_ ? jsonText(buffer) : code_page::toUtf8(buffer);
     }
 
   private:
-    static bool areNumbers(std::string_view text) {
-        for (;;) {
-            const std::size_t comma = text.find(',');
-            if (!isNumber(text.substr(0, comma))) return false;
-            if (comma == std::string_view::npos) return true;
-            text.remove_prefix(comma + 1);
-        }
+    std::string number(double value) const {
+        const std::string text = tree::doubleText(value);
+        return asJson_ && tree::isSpecial(value) ? '"' + text + '"' : text;
     }
 
     void checkLength(std::size_t longest) const {
@@ -149,10 +107,11 @@ class Reader {
     std::string where() const { return setting_.file->shown + ": " + entryShown(section_, key_); }
 
     [[noreturn]] void refuse(std::string_view form, std::string_view reading) const {
-        throw command::Failure(where(), '\'' + code_page::toUtf8(setting_.value) + "' is no " +
+        throw command::Failure(where(), '\'' + command::shownStart(setting_.value) + "' is no " +
                                             std::string(form) + "; " + std::string(reading));
     }
 
+    bool asJson_;
     const Settings& settings_;
     const char* section_;
     const char* key_;
@@ -161,24 +120,57 @@ class Reader {
 
 }  // namespace
 
-Shown readAs(Form form, const Settings& settings, const std::string& section, const std::string& key,
-             const Setting& setting) {
-    const Reader reader(settings, section, key, setting);
+void writeAs(command::Output& output, std::string_view before, Form form, bool asJson,
+             const Settings& settings, const std::string& section, const std::string& key, Setting setting) {
+    const Reader reader(asJson, settings, section, key, setting);
+    const std::string_view quote = asJson ? "\"" : "";
+    const auto write = [&](const std::string& text) { output.write(std::string(before) + text); };
     switch (form) {
         case Form::kInt:
-            return reader.whole();
+            return write(reader.whole());
         case Form::kDouble:
-            return reader.real();
+            return write(reader.real());
         case Form::kDoubles:
-            return reader.reals();
-        case Form::kBytes:
-            return reader.bytes();
+            return write(reader.reals());
+        case Form::kBytes: {
+            constexpr std::size_t kPieceSize = 16 * 1024;
+            const std::string data = reader.bytes(setting.value);
+            write(std::string(quote));
+            for (std::size_t at = 0; at < data.size(); at += kPieceSize)
+                output.write(tree::hexText(std::string_view(data).substr(at, kPieceSize)));
+            return output.write(quote);
+        }
         case Form::kPaths:
-            return reader.paths();
+            return write(reader.paths());
+        case Form::kText:
+            write("");
+            return asJson ? command::writeJsonText(output, setting.value)
+                          : command::writeText(output, setting.value);
+    }
+}
+
+void checkAs(Form form, const Settings& settings, const std::string& section, const std::string& key,
+             Setting setting) {
+    const Reader reader(false, settings, section, key, setting);
+    switch (form) {
+        case Form::kInt:
+            reader.whole();
+            break;
+        case Form::kDouble:
+            reader.real();
+            break;
+        case Form::kDoubles:
+            reader.reals();
+            break;
+        case Form::kBytes:
+            reader.bytes(setting.value);
+            break;
+        case Form::kPaths:
+            reader.paths();
+            break;
         case Form::kText:
             break;
     }
-    return {code_page::toUtf8(setting.value), jsonText(setting.value)};
 }
 
 }  // namespace kor::profile

@@ -9,7 +9,6 @@
 #include "korutil/framework/file_exception.h"
 #include "tools/korutil/input.h"
 #include "tools/korutil/library_failure.h"
-#include "tools/korutil/replace_file.h"
 
 namespace kor::profile {
 namespace {

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/korutil/file_argument.h"
+#include "tools/korutil/replace_file.h"
 
 namespace kor::profile {
 
@@ -14,6 +15,7 @@ struct ScratchFolder {
     ScratchFolder& operator=(const ScratchFolder&) = delete;
     ~ScratchFolder();
 
+    command::SignalBlock signals;  // outlives the folder: a signal that came meanwhile leaves none behind
     std::string path;
 };
 

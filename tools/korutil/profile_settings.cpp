@@ -1,7 +1,9 @@
 #include "tools/korutil/profile_settings.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <unordered_set>
 
@@ -29,16 +31,27 @@ FileArgument readable(FileArgument file) {
 }
 
 // The whole of a text or of a list of names; a cut one lacks one or two characters of the room that it had.
-std::string readWhole(const char* section, const char* key, const char* defaultText, UINT_PTR selector) {
+// @param enough  room that suffices in most cases
+template <class Read>
+std::string readWhole(std::size_t enough, Read read) {
     std::string text;
-    for (std::size_t room = kFirstRoom;; room *= 2) {
+    for (std::size_t room = kFirstRoom;; room = std::max(2 * room, enough)) {
         text.resize(room);
-        const DWORD length = appGetProfileString(section, key, defaultText, text.data(),
-                                                 static_cast<DWORD>(room), selector, nullptr);
+        const DWORD length = read(text.data(), static_cast<DWORD>(room));
         if (length + 2 >= room && room < kMostRoom) continue;
         text.resize(length);
         return text;
     }
+}
+
+std::vector<std::string> namesIn(const std::string& list) {
+    std::vector<std::string> names;
+    for (std::size_t start = 0; start < list.size();) {
+        const std::size_t end = std::min(list.find('\0', start), list.size());
+        names.push_back(list.substr(start, end - start));
+        start = end + 1;
+    }
+    return names;
 }
 
 bool isBlank(char c) { return static_cast<unsigned char>(c) <= ' '; }
@@ -83,11 +96,44 @@ std::string Settings::shown() const {
     return application_ ? file_.shown + " and " + application_->shown : file_.shown;
 }
 
+// A value is no longer than its file, but for UTF-16, of which some become three bytes.
+std::size_t Settings::mostRoom() const {
+    std::size_t most = kFirstRoom;
+    for (const FileArgument* each : {&file_, application_ ? &*application_ : &file_}) {
+        struct stat now {};
+        if (::stat(each->native.c_str(), &now) == 0)
+            most = std::max(most, static_cast<std::size_t>(now.st_size));
+    }
+    return std::min(most + 4, kMostRoom);
+}
+
+std::string Settings::read(const char* section, const char* key, const char* defaultText,
+                           UINT_PTR from) const {
+    return readWhole(mostRoom(), [&](char* text, DWORD room) {
+        return appGetProfileString(section, key, defaultText, text, room, from, nullptr);
+    });
+}
+
+std::string Settings::sectionText(const std::string& section, DWORD most) const {
+    const auto read = [&](char* text, DWORD room) {
+        return GetPrivateProfileSectionA(section.c_str(), text, room, file_.path.c_str());
+    };
+    if (most == 0) return readWhole(mostRoom(), read);
+    std::string text(most, '\0');
+    text.resize(read(text.data(), most));
+    return text;
+}
+
+std::vector<std::string> Settings::sectionLines() const {
+    return namesIn(readWhole(mostRoom(), [&](char* text, DWORD room) {
+        return GetPrivateProfileSectionNamesA(text, room, file_.path.c_str());
+    }));
+}
+
 std::optional<Setting> Settings::find(const std::string& section, const std::string& key) const {
-    std::string value = readWhole(section.c_str(), key.c_str(), "", selector());
+    std::string value = read(section.c_str(), key.c_str(), "", selector());
     // An empty value is one that no default takes the place of.
-    if (value.empty() && !readWhole(section.c_str(), key.c_str(), "1", selector()).empty())
-        return std::nullopt;
+    if (value.empty() && !read(section.c_str(), key.c_str(), "1", selector()).empty()) return std::nullopt;
     const bool isUser = application_ && appFoundInUserProfile();
     return Setting{std::move(value), application_ && !isUser ? &*application_ : &file_, isUser};
 }
@@ -104,12 +150,8 @@ std::vector<std::string> Settings::names(const char* section) const {
     std::vector<std::string> result;
     std::unordered_set<std::string> known;
     const auto add = [&](UINT_PTR from) {
-        const std::string list = readWhole(section, nullptr, "", from);
-        for (std::size_t start = 0; start < list.size();) {
-            const std::size_t end = std::min(list.find('\0', start), list.size());
-            std::string name = list.substr(start, end - start);
+        for (std::string& name : namesIn(read(section, nullptr, "", from))) {
             if (known.insert(folded(name)).second) result.push_back(std::move(name));
-            start = end + 1;
         }
     };
     add(profileFile(file_.path.c_str()));

@@ -48,10 +48,22 @@ class Settings {
 
     bool hasSection(const std::string& section) const;
 
+    /// The lines of a section of the (first) file, each with a zero behind it.
+    /// @param most  bytes of the buffer that they are read into, which cuts them; 0 for all
+    std::string sectionText(const std::string& section, DWORD most = 0) const;
+
+    /// The names of all section lines of the (first) file, in their order.
+    std::vector<std::string> sectionLines() const;
+
+    /// The (first) file's native name.
+    const std::string& native() const { return file_.native; }
+
   private:
     Settings(command::FileArgument file, std::optional<command::FileArgument> application);
 
     std::vector<std::string> names(const char* section) const;
+    std::string read(const char* section, const char* key, const char* defaultText, UINT_PTR from) const;
+    std::size_t mostRoom() const;
 
     command::FileArgument file_;
     std::optional<command::FileArgument> application_;

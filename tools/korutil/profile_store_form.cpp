@@ -1,3 +1,4 @@
+#include <optional>
 #include <vector>
 
 #include "korutil/profile.h"
@@ -5,7 +6,9 @@
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/failure.h"
 #include "tools/korutil/library_failure.h"
+#include "tools/korutil/long_text.h"
 #include "tools/korutil/profile_form.h"
+#include "tools/korutil/profile_scratch.h"
 #include "tools/korutil/tree_value.h"
 
 namespace kor::profile {
@@ -67,25 +70,60 @@ BOOL write(Form form, const tree::Content& content, const char* section, const c
     return appWriteProfileString(section, key, quotedIfNeeded(content.data).c_str(), selector, nullptr);
 }
 
+void store(Form form, const tree::Content& content, const FileArgument& file, const std::string& section,
+           const std::string& key, std::string_view value) {
+    SetLastError(0);
+    if (write(form, content, section.c_str(), key.c_str(), profileFile(file.path.c_str()))) return;
+    const DWORD error = GetLastError();
+    throw Failure(file.shown, error || form != Form::kPaths
+                                  ? command::reasonOf(error)
+                                  : "'" + std::string(value) + "' cannot be converted for this file");
+}
+
+// @throws Failure when the value is not read as it was given
+void checkStored(Form form, const tree::Content& content, const FileArgument& file,
+                 const std::string& section, const std::string& key, std::string_view shown) {
+    const Settings settings = Settings::ofFile(file.native);
+    const Setting stored = settings.require(section, key);
+    if (form != Form::kText) {
+        checkAs(form, settings, section, key, stored);
+    } else if (stored.value != content.data) {
+        throw Failure(shown, entryShown(section, key) + " would be read as '" +
+                                 command::shownStart(stored.value) + '\'');
+    }
+}
+
+// A path depends on the folder of its file, so that a copy elsewhere shows nothing.
+void storePaths(const tree::Content& content, const FileArgument& file, const std::string& section,
+                const std::string& key, std::string_view value) {
+    std::optional<Setting> former;
+    if (file.found) former = Settings::ofFile(file.native).find(section, key);
+    store(Form::kPaths, content, file, section, key, value);
+    try {
+        checkStored(Form::kPaths, content, command::existingFile(file.shown), section, key, file.shown);
+    } catch (const Failure&) {
+        const std::string text = former ? quotedIfNeeded(former->value) : "";
+        appWriteProfileString(section.c_str(), key.c_str(), former ? text.c_str() : nullptr,
+                              profileFile(file.path.c_str()), nullptr);
+        throw;
+    }
+}
+
 }  // namespace
 
 void storeAs(Form form, const FileArgument& file, const std::string& section, const std::string& key,
              std::string_view value) {
     const tree::Content content = contentOf(form, value);
-    SetLastError(0);
-    if (!write(form, content, section.c_str(), key.c_str(), profileFile(file.path.c_str()))) {
-        const DWORD error = GetLastError();
-        throw Failure(file.shown, error || form != Form::kPaths
-                                      ? command::reasonOf(error)
-                                      : "'" + std::string(value) + "' cannot be converted for this file");
+    if (form == Form::kPaths) return storePaths(content, file, section, key, value);
+    {
+        const ScratchProfile scratch(file);
+        FileArgument copy = file;
+        copy.native = scratch.native();
+        copy.path = scratch.path();
+        store(form, content, copy, section, key, value);
+        checkStored(form, content, copy, section, key, file.shown);
     }
-    const Settings settings = Settings::ofFile(file.shown);
-    const Setting stored = settings.require(section, key);
-    readAs(form, settings, section, key, stored);
-    if (form == Form::kText && stored.value != content.data) {
-        throw Failure(file.shown, entryShown(section, key) + " was stored, but is read as '" +
-                                      code_page::toUtf8(stored.value) + '\'');
-    }
+    store(form, content, file, section, key, value);
 }
 
 }  // namespace kor::profile

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "tools/korutil/code_page.h"
 #include "tools/korutil/failure.h"
+#include "tools/korutil/profile_suffix.h"
 #include "tools/korutil/tree_file.h"
 
 namespace kor::profile {
@@ -14,26 +17,7 @@ namespace {
 
 using tree::Type;
 
-constexpr std::string_view kAnotherCounts =
-    "another entry of this id and kind stands before it; only the first is read";
 constexpr std::string_view kPointsStay = "a point is written, but not read back";
-
-// The suffix of an entry's key, and the type that it stands for.
-struct Suffix {
-    std::string_view text;
-    Type type;
-};
-
-constexpr Suffix kSuffixes[] = {
-    {"Int", Type::kLong},     {"Flt", Type::kDouble}, {"Pt", Type::kPoint},    {"Str", Type::kString},
-    {"FltA", Type::kDoubles}, {"Mem", Type::kMemory}, {"Sec", Type::kSection}, {"MVer", Type::kMemory},
-};
-
-std::string_view suffixOf(Type type) {
-    const auto found = std::find_if(std::begin(kSuffixes), std::end(kSuffixes),
-                                    [type](const Suffix& suffix) { return suffix.type == type; });
-    return found == std::end(kSuffixes) ? "?" : found->text;
-}
 
 DWORD kindOf(const CTagTree& node) { return node.GetType() & ~tree::kVersionMask; }
 int idOf(const CTagTree& node) { return static_cast<int>(node.GetTagID()); }
@@ -64,6 +48,25 @@ std::string bytesOf(const CTagTree& node) {
     return bytes;
 }
 
+// The first entry of each id and kind, as FindTag finds it.
+class Firsts {
+  public:
+    explicit Firsts(const CTagTree& section) {
+        for (int i = 0; i < section.GetChildCount(); ++i) {
+            const CTagTree& child = tree::childOf(section, i);
+            entries_.try_emplace({child.GetTagID(), kindOf(child)}, &child);
+        }
+    }
+
+    const CTagTree* like(const CTagTree& entry) const {
+        const auto found = entries_.find({entry.GetTagID(), kindOf(entry)});
+        return found == entries_.end() ? nullptr : found->second;
+    }
+
+  private:
+    std::map<std::pair<DWORD, DWORD>, const CTagTree*> entries_;
+};
+
 class Comparison {
   public:
     Comparison(const KeyMap& map, const Loss& loss) : map_(map), loss_(loss) {}
@@ -73,10 +76,12 @@ class Comparison {
             loss_(entryShown(written.name, "Version"),
                   "is read back as " + std::to_string(restored.GetVersion()));
         }
+        const Firsts firsts(written.node);
+        const Firsts twins(restored);
         for (int i = 0; i < written.node.GetChildCount(); ++i) {
             const CTagTree& child = tree::childOf(written.node, i);
-            const CTagTree* twin = restored.FindTag(child.GetTagID(), kindOf(child));
-            const std::string reason = lossOf(child, written.node, twin);
+            const CTagTree* twin = twins.like(child);
+            const std::string reason = lossOf(child, firsts, twin);
             if (!reason.empty()) loss_(shownEntry(written, child, map_), reason);
             if (reason.empty() && tree::isSection(child)) sections(below(written, child, map_), *twin);
         }
@@ -90,12 +95,12 @@ class Comparison {
     }
 
   private:
-    std::string lossOf(const CTagTree& child, const CTagTree& section, const CTagTree* twin) {
+    std::string lossOf(const CTagTree& child, const Firsts& firsts, const CTagTree* twin) {
         const Type type = tree::typeOf(tree::typeWordOf(child));
         if (type == Type::kPoint) return std::string(kPointsStay);
         if (type == Type::kOther)
             return "the type word " + tree::wordText(tree::typeWordOf(child)) + " has no form in settings";
-        if (section.FindTag(child.GetTagID(), kindOf(child)) != &child) return std::string(kAnotherCounts);
+        if (firsts.like(child) != &child) return std::string(kAnotherCounts);
         if (!twin || tree::typeOf(tree::typeWordOf(*twin)) != type) return "it is not read back";
         switch (type) {
             case Type::kLong:
@@ -162,57 +167,6 @@ class Comparison {
     std::uint64_t rounded_ = 0;
 };
 
-class UnreadKeys {
-  public:
-    UnreadKeys(const Settings& settings, const KeyMap& map, const Loss& loss)
-        : settings_(settings), map_(map), loss_(loss) {}
-
-    void section(const NamedSection& section) const {
-        for (const std::string& key : settings_.keys(section.name)) {
-            const std::string reason = reasonFor(section, key);
-            if (!reason.empty()) loss_(entryShown(section.name, key), reason);
-        }
-        for (int i = 0; i < section.node.GetChildCount(); ++i) {
-            const CTagTree& child = tree::childOf(section.node, i);
-            if (tree::isSection(child)) this->section(below(section, child, map_));
-        }
-    }
-
-  private:
-    std::string reasonFor(const NamedSection& section, const std::string& key) const {
-        if (folded(key) == "version") return "";
-        const std::size_t dot = key.rfind('.');
-        const std::string suffix = dot == std::string::npos ? "" : key.substr(dot + 1);
-        const auto known = std::find_if(std::begin(kSuffixes), std::end(kSuffixes),
-                                        [&](const Suffix& each) { return each.text == suffix; });
-        if (known == std::end(kSuffixes)) return "it is no entry of a tree";
-        if (known->type == Type::kPoint) return "a point is not read back";
-        std::string name = key.substr(0, dot);
-        if (known->type == Type::kSection) {
-            const auto value = settings_.find(section.name, key);
-            name = value ? value->value : "";
-        }
-        const auto id = map_.idOf(idOf(section.node), name);
-        if (!id) return '\'' + code_page::toUtf8(name) + "' is not in the key map";
-        return reasonFor(section.node, *id, *known);
-    }
-
-    static std::string reasonFor(const CTagTree& section, int id, const Suffix& suffix) {
-        constexpr DWORD kKinds[] = {tree::kImmediateBit, tree::kSectionBit, tree::kMemoryBit, 0x10000000};
-        for (const DWORD kind : kKinds) {
-            const CTagTree* child = section.FindTag(static_cast<DWORD>(id), kind);
-            if (child && tree::typeOf(tree::typeWordOf(*child)) == suffix.type) return "";
-        }
-        if (suffix.text == "MVer") return "there is no block of bytes to this version";
-        return "it was not read: it is no value of its type, another entry of its id came first, or it lies "
-               "behind the 16384 bytes that are read of a section";
-    }
-
-    const Settings& settings_;
-    const KeyMap& map_;
-    const Loss& loss_;
-};
-
 void checkSection(const NamedSection& section, const KeyMap& map, std::string_view where) {
     for (int i = 0; i < section.node.GetChildCount(); ++i) {
         const CTagTree& child = tree::childOf(section.node, i);
@@ -242,10 +196,6 @@ void reportLosses(const MappedTree& written, const MappedTree& restored, const K
     Comparison comparison(map, loss);
     comparison.sections({written, map.rootName()}, restored);
     comparison.finish(map.rootName());
-}
-
-void reportUnread(const Settings& settings, const MappedTree& restored, const KeyMap& map, const Loss& loss) {
-    UnreadKeys(settings, map, loss).section({restored, map.rootName()});
 }
 
 }  // namespace kor::profile

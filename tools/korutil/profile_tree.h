@@ -21,7 +21,12 @@ void checkWritable(const MappedTree& tree, const KeyMap& map, std::string_view w
 /// Compares a tree with what was read back from where it was written.
 void reportLosses(const MappedTree& written, const MappedTree& restored, const KeyMap& map, const Loss& loss);
 
-/// Looks for keys in the sections of a tree that are not among its entries.
+/// What is told of the second of two entries.
+inline constexpr std::string_view kAnotherCounts =
+    "another entry of this id and kind stands before it; only the first counts";
+
+/// Looks for what a settings file has in the names of a tree and the tree that was read from it has not:
+/// sections, keys, values that are not read as they stand, characters that the code page lacks.
 void reportUnread(const Settings& settings, const MappedTree& restored, const KeyMap& map, const Loss& loss);
 
 }  // namespace kor::profile

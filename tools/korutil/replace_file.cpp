@@ -137,7 +137,7 @@ void FileReplacement::commit() {
     struct stat now {};
     const bool isThere = ::lstat(target_.native.c_str(), &now) == 0;
     if (isThere != target_.found.has_value() || (isThere && !isSameState(*target_.found, now))) {
-        throw Failure(target_.shown, "another program has changed it meanwhile");
+        throw ChangedMeanwhile(target_.shown);
     }
     if (!isNamed()) giveName();
     if (::rename(native_.c_str(), target_.native.c_str()) != 0)

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <string>
 
+#include "tools/korutil/failure.h"
 #include "tools/korutil/file_argument.h"
 
 namespace kor::command {
@@ -21,6 +22,13 @@ class SignalBlock {
 
   private:
     sigset_t before_;
+};
+
+/// The target is no longer what it was when the command looked at it.
+class ChangedMeanwhile : public Failure {
+  public:
+    explicit ChangedMeanwhile(std::string_view file)
+        : Failure(file, "another program has changed it meanwhile") {}
 };
 
 class FileReplacement {
@@ -38,7 +46,8 @@ class FileReplacement {
 
     /// Gives the new file the target's mode and owner (a new file gets the usual ones) and renames it over
     /// the target.
-    /// @throws Failure, also when somebody has changed the target meanwhile; the target is then as it was
+    /// @throws Failure; ChangedMeanwhile when somebody has changed the target meanwhile. The target is then
+    /// as it was
     void commit();
 
   private:

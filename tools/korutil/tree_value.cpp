@@ -184,9 +184,12 @@ std::string hexText(std::string_view bytes) {
     return text;
 }
 
+bool isHex(std::string_view text) {
+    return text.size() % 2 == 0 && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
 bool bytesOfHex(std::string_view text, std::string& bytes) {
-    if (text.size() % 2 != 0 || text.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
-        return false;
+    if (!isHex(text)) return false;
     bytes.clear();
     bytes.reserve(text.size() / 2);
     for (std::size_t i = 0; i < text.size(); i += 2) {

@@ -81,6 +81,9 @@ bool specialNamed(std::string_view text, double& value);
 /// Pairs of hexadecimal digits, upper case.
 std::string hexText(std::string_view bytes);
 
+/// Whether a text is pairs of hexadecimal digits of either case.
+bool isHex(std::string_view text);
+
 /// The bytes of pairs of hexadecimal digits of either case. @return false for any other text
 bool bytesOfHex(std::string_view text, std::string& bytes);
 

@@ -56,10 +56,13 @@ std::optional<ProfileKeyLine> findProfileKey(const ProfileText& text, const Prof
     return found;
 }
 
-// Of a UTF-16 file the text is up to half as large again as the file: with this the whole stays below twice
-// the file's size and 16 MB.
-ProfileContents::ProfileContents(ProfileText text)
-    : text_(std::move(text)), budget_(text_.view().size() / 3 + (std::size_t{8} << 20)) {}
+// With this the whole stays below twice the file's size and 16 MB: of a UTF-16 file the text is up to half as
+// large again as the file.
+ProfileContents::ProfileContents(ProfileText text) : text_(std::move(text)), budget_(std::size_t{8} << 20) {
+    const std::size_t size = text_.view().size();
+    const bool isUtf16 = text_.encoding() >= ProfileEncoding::utf16LittleEndian;
+    budget_ += isUtf16 ? size / 3 : size - size / 8;
+}
 
 std::optional<ProfileSection> ProfileContents::section(std::string_view name) {
     const OpenSection* const open = openSection(name);
