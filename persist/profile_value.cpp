@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "framework/bounded_text.h"
+#include "platform/profile_limit.h"
 #include "platform/win32.h"
 #include "runtime/integer_text.h"
 #include "runtime/number_text.h"
@@ -57,6 +58,7 @@ DWORD readText(const ProfileTag* record, const char* key, int index, char* buffe
 
 BOOL writeText(const ProfileTag* record, const char* key, int index, const char* text) {
     const Key name(record, key, index);
+    if (text && std::strlen(text) > kLongestProfileText) return FALSE;
     return name && WritePrivateProfileStringA(record->section, name.text(), text, record->profile);
 }
 

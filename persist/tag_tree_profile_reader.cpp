@@ -104,6 +104,7 @@ void TagTreeProfileReader::readSection(CTagTree& section) {
     CStringArray lines;
     addListToArray({text, std::min<std::size_t>(length, kBufferSize)}, lines);
     const int former = section.GetChildCount();
+    hasVersion_ = false;
     for (int index = 0; index < lines.GetSize(); ++index)
         readLine(section, lines.GetAt(index), former);
     applyVersions(section);
@@ -125,7 +126,8 @@ void TagTreeProfileReader::readLine(CTagTree& section, const CString& line, int 
     CString name;
     CString suffix;
     if (strSplitFromEnd(key, name, suffix, '.') < 0) {
-        if (key.CompareNoCase(kTagProfileVersion) != 0) return;
+        if (hasVersion_ || key.CompareNoCase(kTagProfileVersion) != 0) return;
+        hasVersion_ = true;
         section.header_.type = (static_cast<DWORD>(integerValue(value)) & kTagVersionBits) | kTagSection;
         section.weigh();
     } else if (!name.IsEmpty()) {

@@ -28,6 +28,7 @@ class TagTreeProfileReader {
     CRootTagTree& root_;
     const CString& profile_;
     CByteArray& buffer_;
+    bool hasVersion_ = false;  // the section that is read has told its version
 };
 
 }  // namespace kor

@@ -157,7 +157,8 @@ TEST(TagTreeProfile, WhatTheFileSaysIsTakenOrPassedOver) {
 TEST(TagTreeProfile, ChildrenThatAreThereAreKept) {
     const ScratchFolder folder;
     NamedTree tree(folder.file(
-        "a.ini", "[Setup]\nVersion=-1\nk2.Int=5\nk3.Mem=62\nk3.MVer=9\nk4.Sec=k4\n[Setup.k4]\nk5.Int=6\n"));
+        "a.ini",
+        "[Setup]\nVersion=-1\nversion=2\nk2.Int=5\nk3.Mem=62\nk3.MVer=9\nk4.Sec=k4\n[Setup.k4]\nk5.Int=6\n"));
     tree.SaveLong(2, 1);
     tree.SaveTemporaryBuffer(3, 4, "a", 1);
     tree.CreateSection(4, 2);

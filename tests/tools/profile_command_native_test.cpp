@@ -45,6 +45,24 @@ constexpr char kLab[] =
     "Dark=..\\dark.tif\r\nBig=4294967295\r\n[Stage]\r\nSpeed=3\r\n[camera]\r\nHidden=1\r\n";
 constexpr char kUser[] = "[CAMERA]\nexposure=250\nGain=\nOwn=1\n";
 
+TEST(ProfileCommand, SetMixesNoCodePages) {
+    const WorkFolder folder;
+    folder.write("u.ini", "[S]\nu=M\xC3\xBCller\n");
+    const Case cases[] = {
+        {{"profile", "set", "u.ini", "S", "w",
+          "Gr\xC3\xB6\xC3\x9F"
+          "e"},
+         1,
+         "",
+         "u.ini: it looks like UTF-8 without a byte-order mark, and the text would be stored in the code "
+         "page: "
+         "save it with the mark, or set KORUTIL_CODEPAGE=65001"},
+        {{"profile", "set", "u.ini", "S", "w", "plain"}, 0, "", ""},
+    };
+    expectAll(folder, cases);
+    EXPECT_EQ(folder.read("u.ini"), "[S]\nu=M\xC3\xBCller\nw=plain\n");
+}
+
 TEST(ProfileCommand, GetShowsWhatTheLibraryReads) {
     const WorkFolder folder;
     folder.write("lab.ini", kLab);

@@ -1,4 +1,9 @@
+#include <algorithm>
+
 #include "tools/korutil/command_table.h"
+#include "tools/korutil/failure.h"
+#include "tools/korutil/input.h"
+#include "tools/korutil/profile_content.h"
 #include "tools/korutil/profile_form.h"
 
 namespace kor::command {
@@ -22,11 +27,28 @@ constexpr std::string_view kHelp =
     "\n"
     "A VALUE that begins with two dashes follows the word --.\n";
 
+bool isAscii(std::string_view text) {
+    return std::none_of(text.begin(), text.end(), [](char character) { return character < 0; });
+}
+
+// Characters of the code page in a file that an editor saved as UTF-8 would make it a file of neither.
+void refuseMixture(const FileArgument& file, const Arguments& arguments) {
+    const bool plain =
+        isAscii(arguments.operand(1)) && isAscii(arguments.operand(2)) && isAscii(arguments.operand(3));
+    if (plain || !file.found || !profile::Content(readInput(file.native)).looksLikeUtf8()) return;
+    throw Failure(
+        file.shown,
+        "it looks like UTF-8 without a byte-order mark, and the text would be stored in the code page: "
+        "save it with the mark, or set KORUTIL_CODEPAGE=65001");
+}
+
 ExitStatus run(const Arguments& arguments, Output&) {
     const profile::Form form = profile::formOf(arguments);
     const std::string section = profile::sectionNamed(arguments.operand(1));
     const std::string key = profile::keyNamed(arguments.operand(2));
-    profile::storeAs(form, targetFile(arguments.operand(0)), section, key, arguments.operand(3));
+    const FileArgument file = targetFile(arguments.operand(0));
+    refuseMixture(file, arguments);
+    profile::storeAs(form, file, section, key, arguments.operand(3));
     return kDone;
 }
 
