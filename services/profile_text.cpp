@@ -9,6 +9,7 @@
 
 #include "framework/multibyte.h"
 #include "korutil/profile.h"
+#include "platform/profile_limit.h"
 #include "services/profile_argument.h"
 #include "services/profile_write.h"
 
@@ -97,7 +98,18 @@ class SectionLines {
         data_ += '\0';
     }
 
-    const char* data() const { return data_.data(); }
+    /// In place of all that the section holds, in one step where the system takes so much at once.
+    bool write(const char* section, const char* file) const {
+        if (data_.size() < kLongestProfileSection)
+            return WritePrivateProfileSectionA(section, data_.data(), file) != FALSE;
+        if (!writeProfileText(section, nullptr, nullptr, file)) return false;
+        for (const char* key = data_.data(); *key; key += std::strlen(key) + 1) {
+            const char* const sign = std::strchr(key, '=');
+            const std::string name(key, sign);
+            if (!writeProfileText(section, name.c_str(), sign + 1, file)) return false;
+        }
+        return true;
+    }
     int count() const { return count_; }
 
   private:
@@ -158,8 +170,8 @@ int KORUTIL_CALL profSaveEdit(HWND editWindow, const char* section, UINT_PTR sel
     if (!kor::resolveName(section, kor::NameRole::section, module) || !section || !*section) return 0;
     if (!SendMessageA(editWindow, EM_GETMODIFY, 0, 0)) return 0;
     const kor::SectionLines lines(kor::textOf(editWindow));
-    const bool written = kor::writeToProfiles(
-        selector, [&](const char* file) { return WritePrivateProfileSectionA(section, lines.data(), file); });
+    const bool written =
+        kor::writeToProfiles(selector, [&](const char* file) { return lines.write(section, file); });
     return written ? lines.count() : 0;
 } catch (const std::bad_alloc&) {
     return 0;

@@ -254,9 +254,10 @@ KORUTIL_API int appPrintProfileString(const char* section, const char* key, UINT
                                       const char* format, ...);
 
 /// Stores the text of an edit control in a section of its own, in place of all that it held; in one step, so
-/// that the section is whole at any moment. A line ends at a carriage return; the character behind that is
-/// taken for its line feed. A line has at most 254 characters (a last one of two may make it 255): with more,
-/// it is stored cut, and the rest of the text is not stored; that is required.
+/// that the section is whole at any moment (on Windows line by line from 65535 characters on). A line ends at
+/// a carriage return; the character behind that is taken for its line feed. A line has at most 254 characters
+/// (a last one of two may make it 255): with more, it is stored cut, and the rest of the text is not stored;
+/// that is required.
 /// @return the number of lines stored; 0, with nothing written, when the control says that it is not modified
 ///         (EM_GETMODIFY), and 0 when the file cannot be written or memory is short
 KORUTIL_API int KORUTIL_CALL profSaveEdit(HWND editWindow, const char* section, UINT_PTR selector,

@@ -58,8 +58,16 @@ TEST(ProfileText, AnEditControlsTextIsStoredLineByLine) {
         EXPECT_EQ(profSaveEdit(edit.window(), "T", 1, nullptr), c.lines) << c.text;
         EXPECT_EQ(bytesOf(profiles.user()), "[T]\r\n" + c.section);
     }
+    std::string text, section;  // more than some systems write at once
+    for (int line = 1; line <= 300; ++line) {
+        text += full + "\r\n";
+        section += std::to_string(line) + "=" + full + "\r\n";
+    }
     const Profiles profiles("[T]\r\n9=old\r\n");
     EditControl edit;
+    edit.set(text, true);
+    EXPECT_EQ(profSaveEdit(edit.window(), "T", 2, nullptr), 300);
+    EXPECT_EQ(bytesOf(profiles.application()), "[T]\r\n" + section + "Lines=300\r\n");
     edit.set("new", false);
     EXPECT_EQ(profSaveEdit(edit.window(), "T", 1, nullptr), 0) << "not modified";
     EXPECT_EQ(bytesOf(profiles.user()), "[T]\r\n9=old\r\n");
